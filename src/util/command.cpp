@@ -1,0 +1,72 @@
+#include "util/command.h"
+
+#include <string.h>
+
+#include "protocol/credentials.h"
+#include "util/credentials.h"
+#include "util/device.h"
+#include "util/packet.h"
+#include "util/trace.h"
+#include "util/validators.h"
+
+void traceHandler(const Family& family, const char* command, int line) {
+    trace("[%s][%s][%s%s][Line: %d]\n", family.tracePrefix, family.source, family.namePrefix, command, line);
+}
+
+static bool namesThisDevice(const PacketHeader& header) {
+    return checkMacAddress(header.mac.bytes, sizeof header.mac, g_uDeviceMac, sizeof g_uDeviceMac) == 0;
+}
+
+static bool isBroadcast(const PacketHeader& header) {
+    constexpr uint8_t everyDevice[6] = {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
+    constexpr uint8_t noAddress[4] = {0, 0, 0, 0};
+    return memcmp(header.address.bytes, noAddress, sizeof noAddress) == 0 &&
+           memcmp(header.mac.bytes, everyDevice, sizeof everyDevice) == 0;
+}
+
+static bool isAddressedToUs(const Family& family, const Command& command, const PacketHeader& header) {
+    bool selects = command.addressing == Addressing::MacOrBroadcast;
+    if (selects && load(header.status) != kByMac) {
+        if (load(header.status) != kByMacOrBroadcast) return false;  // the one rejection without a trace
+        if (isBroadcast(header)) return true;
+    }
+    if (namesThisDevice(header)) return true;
+    traceHandler(family, command.name, __LINE__);
+    return false;
+}
+
+static bool credentialsRequired(const Command& command, const PacketHeader& header) {
+    if (command.protection == Protection::ProtectedWithPayload) return load(header.payload_length) != 0;
+    return command.protection == Protection::Protected;
+}
+
+static bool credentialsAccepted(const uint8_t* request) {
+    const Credentials& given = view<ProtectedRequest>(request).credentials;
+    char user[sizeof given.user + 1];
+    char password[sizeof given.password + 1];
+    takeText(user, given.user);
+    takeText(password, given.password);
+    return checkAuthentication(user, password) == 0;
+}
+
+int serve(const Family& family, const Command& command, const uint8_t* request, uint8_t* reply, int capacity) {
+    const PacketHeader& header = view<PacketHeader>(request);
+    traceHandler(family, command.name, __LINE__);
+    if (memcmp(header.magic, kRequestMagic, sizeof kRequestMagic) != 0) {
+        traceHandler(family, command.name, __LINE__);
+        return -1;
+    }
+    if (load(header.protocol) != family.protocol) {
+        traceHandler(family, command.name, __LINE__);
+        return -1;
+    }
+    if (!isAddressedToUs(family, command, header)) return -1;
+    if (capacity < command.replyLength) return -1;
+    fillReplyHeader(header, reply, command.replyLength);
+    if (credentialsRequired(command, header) && !credentialsAccepted(request)) {
+        setStatus(reply, kNotLogin);
+        return command.replyLength;
+    }
+    command.work(request, reply);
+    return command.replyLength;
+}

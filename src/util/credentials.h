@@ -1,0 +1,12 @@
+// The administrator's name and password.
+#pragma once
+
+#include "protocol/credentials.h"
+#include "util/settings.h"
+
+// Compares Base64 texts with what the store holds in the clear. Returns 0 when both match, -1 when not or for a null
+// argument.
+int checkAuthentication(const char* user_b64, const char* pass_b64);
+
+// Decodes a Base64 field of a request, bounded to the field.
+void decodeField(char (&text)[kTextSize], const uint8_t (&field)[64]);

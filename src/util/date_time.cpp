@@ -1,0 +1,137 @@
+#include "util/date_time.h"
+
+#include <errno.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <time.h>
+
+#include "platform.h"
+#include "util/settings.h"
+#include "util/shell.h"
+#include "util/signal_window.h"
+#include "util/trace.h"
+
+static constexpr char kWriteRealTimeClock[] = "/usr/sbin/rtcfg -w 2>/dev/null 1>/dev/null";
+static constexpr char kTimeUpdate[] = "/usr/sbin/msger camsvr 0 ctimeupdate 0 1 2>/dev/null 1>/dev/null";
+static constexpr char kStopNtpClient[] = "/etc/init.d/ntpc.sh stop 2>/dev/null 1>/dev/null";
+static constexpr char kNtpState[] = "/usr/sbin/msger sinfo 0 sntpstate 0 0 2>/dev/null 1>/dev/null";
+static constexpr char kStartNtpClient[] = "/etc/init.d/ntpc.sh start 2>/dev/null 1>/dev/null";
+static constexpr int kNtpWaitSeconds = 8;
+
+// One end of daylight saving, "M<month>.<week>.<weekday>/<hour>:<minute>:<second>".
+struct RuleDate {
+    int month, week, weekday, hour, minute;
+};
+
+static bool readShift(int32_t& minutes) {
+    char text[kTextSize];
+    readText("DATETIME", "Offset", text);
+    int hours = 0;
+    int rest = 0;
+    if (text[0] == '\0' || sscanf(text + 1, "%d:%d", &hours, &rest) != 2) return false;
+    uint32_t shift = static_cast<uint32_t>(hours) * 60u + static_cast<uint32_t>(rest);
+    minutes = static_cast<int32_t>(text[0] == '-' ? 0u - shift : shift);
+    return true;
+}
+
+static bool parseRuleDate(const char* text, RuleDate& date) {
+    int second = 0;
+    return sscanf(text, "M%d.%d.%d/%d:%d:%d", &date.month, &date.week, &date.weekday, &date.hour, &date.minute,
+                  &second) == 6;
+}
+
+static bool readRule(TimezoneRule& rule) {
+    char startText[kTextSize];
+    char stopText[kTextSize];
+    RuleDate start;
+    RuleDate stop;
+    int32_t shift = 0;
+    if (!readShift(shift)) return false;
+    readText("DATETIME", "Starttime", startText);
+    readText("DATETIME", "Stoptime", stopText);
+    if (!parseRuleDate(startText, start) || !parseRuleDate(stopText, stop)) return false;
+    rule = {shift,      start.month, start.week,   start.weekday, start.hour, start.minute,
+            stop.month, stop.week,   stop.weekday, stop.hour,     stop.minute};
+    return true;
+}
+
+static bool applyTimezone(int32_t zone, bool daylightSaving) {
+    if (!daylightSaving) {
+        set_timezone(0, zone, 0, nullptr);
+        return true;
+    }
+    if (readFlag("DATETIME", "DstAuto") != 0) {
+        set_timezone(0, zone, 1, nullptr);
+        return true;
+    }
+    TimezoneRule rule;
+    if (!readRule(rule)) return false;
+    set_timezone(0, zone, 2, &rule);
+    return true;
+}
+
+// Waits to a fixed moment, so that no presence report in between shortens it.
+static void waitForNtpClient() {
+    timespec until;
+    clock_gettime(CLOCK_MONOTONIC, &until);
+    until.tv_sec += kNtpWaitSeconds;
+    openSignalWindow();
+    while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &until, nullptr) == EINTR) continue;
+    closeSignalWindow();
+}
+
+static void followNtp() {
+    trace("start ntpclient\n");
+    shell(kStopNtpClient);
+    shell(kNtpState);
+    shell(kStartNtpClient);
+    waitForNtpClient();
+}
+
+static void setByHand(const char* text) {
+    trace("stop ntpclient\n");
+    shell(kStopNtpClient);
+    set_current_date_time(text);
+    shell(kTimeUpdate);
+}
+
+void reset_datetime(const char* text) {
+    if (text == nullptr) return;
+    int32_t zone = readNumber("DATETIME", "TimeZone");
+    bool daylightSaving = readFlag("DATETIME", "DayLightSaving") != 0;
+    bool ntp = readNumber("DATETIME", "Protocol") == 1;
+    if (!applyTimezone(zone, daylightSaving)) return;
+    shell(kTimeUpdate);
+    if (ntp) {
+        followNtp();
+    } else if (text[0] != '\0') {
+        setByHand(text);
+    }
+}
+
+// The number in `width` characters from `position`, as far as the text reaches.
+static int numberAt(const char* text, size_t position, size_t width) {
+    char digits[5] = {};
+    if (position < strlen(text)) memcpy(digits, text + position, strnlen(text + position, width));
+    return atoi(digits);
+}
+
+int set_current_date_time(const char* text) {
+    tm local = {};
+    local.tm_year = numberAt(text, 0, 4) - 1900;
+    local.tm_mon = numberAt(text, 5, 2) - 1;
+    local.tm_mday = numberAt(text, 8, 2);
+    local.tm_hour = numberAt(text, 11, 2);
+    local.tm_min = numberAt(text, 14, 2);
+    local.tm_sec = numberAt(text, 17, 2);
+    local.tm_isdst = -1;
+    tzset();
+    timespec now = {};
+    now.tv_sec = mktime(&local);
+    if (now.tv_sec == -1) return -1;
+    if (clock_settime(CLOCK_REALTIME, &now) != 0) return -1;
+    shell(kWriteRealTimeClock);
+    shell(kTimeUpdate);
+    return 0;
+}
