@@ -1,0 +1,56 @@
+// The administrator's account: is this the administrator, and a new password.
+#include "protocol/administrator.h"
+
+#include <stdio.h>
+
+#include "handlers/commands.h"
+#include "platform.h"
+#include "util/credentials.h"
+#include "util/packet.h"
+#include "util/pending_actions.h"
+#include "util/shell.h"
+
+static constexpr uint8_t kAdministrator = 1;
+static constexpr uint8_t kOtherUser = 2;
+
+static void verifyUser(const uint8_t* request, uint8_t* reply) {
+    char user[kTextSize];
+    decodeField(user, view<ProtectedRequest>(request).credentials.user);
+    usrInit(0);
+    bool admin = strcmp(usrGetGroupName(user), "admin") == 0;
+    view<UserVerificationReply>(reply).user_class = admin ? kAdministrator : kOtherUser;
+}
+
+// Makes a text safe inside a double-quoted word of the shell.
+static void escape(char (&escaped)[2 * kTextSize], const char* text) {
+    char* out = escaped;
+    for (; *text != '\0'; text++) {
+        if (strchr("\"`\\$", *text) != nullptr) *out++ = '\\';
+        *out++ = *text;
+    }
+    *out = '\0';
+}
+
+static void setSystemPassword(const char* password) {
+    char user[kTextSize];
+    char escaped[2 * kTextSize];
+    char command[sizeof user + sizeof escaped + 64];
+    readText("USER_ADMIN", "Username1", user);
+    escape(escaped, password);
+    snprintf(command, sizeof command, "/usr/sbin/set_passwd -u \"%s\" -p \"%s\"  2>/dev/null 1>/dev/null", user,
+             escaped);
+    shell(command);
+}
+
+static void changeAdmin(const uint8_t* request, uint8_t*) {
+    char password[kTextSize];
+    decodeField(password, view<ChangeAdminRequest>(request).new_password);
+    writeText("USER_ADMIN", "Password1", password);
+    setSystemPassword(password);
+    g_nAuthReset = 1;
+}
+
+const Command kUserVerification{"user_verification", Addressing::MacOnly, Protection::Protected,
+                                sizeof(UserVerificationReply), verifyUser};
+const Command kChangeAdminIdPwd{"change_admin_id_pwd", Addressing::MacOnly, Protection::Protected, sizeof(SettingReply),
+                                changeAdmin};
