@@ -1,0 +1,138 @@
+// The daemon: start-up, the receive loop, orderly shutdown.
+#include <net/if.h>
+#include <netinet/in.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "handlers/qvp_function.h"
+#include "landap/landap_function.h"
+#include "protocol/packet_header.h"
+#include "service/pid_file.h"
+#include "service/presence_report.h"
+#include "service/receive_loop.h"
+#include "service/service_state.h"
+#include "service/signals.h"
+#include "upgrade/download_state.h"
+#include "util/signal_window.h"
+#include "util/trace.h"
+
+static constexpr useconds_t kDrainMicroseconds = 200;
+
+static uint8_t* receiveBuffer;
+static uint8_t* replyBuffer;
+
+static int fail(int line, const char* message) {
+    traceService("main", line, "%s", message);
+    return -1;
+}
+
+static int initFamilies(const char* interfaceName) {
+    if (qvp_function_init(interfaceName) == -1) return fail(195, "qvp_function_init failed");
+    if (landap_function_init(interfaceName) == -1) return fail(203, "landap_function_init failed");
+    return 0;
+}
+
+static int setOption(int option, const void* value, size_t size) {
+    return setsockopt(g_nSocket, SOL_SOCKET, option, value, static_cast<socklen_t>(size));
+}
+
+static int setSocketOptions(const char* interfaceName) {
+    struct {
+        char name[IFNAMSIZ];
+        uint8_t rest[16];
+    } interface = {};
+    static_assert(sizeof interface == 32);
+    memcpy(interface.name, interfaceName, strnlen(interfaceName, sizeof interface.name));
+    const int on = 1;
+    if (setOption(SO_BINDTODEVICE, &interface, sizeof interface) < 0) {
+        return fail(212, "setsockopt: SO_BINDTODEVICE failed");
+    }
+    if (setOption(SO_BROADCAST, &on, sizeof on) < 0) return fail(220, "setsockopt: SO_BROADCAST failed");
+    if (setOption(SO_REUSEADDR, &on, sizeof on) < 0) return fail(228, "setsockopt: SO_REUSEADDR failed");
+    return 0;
+}
+
+static int bindSocket() {
+    sockaddr_in local = {};
+    local.sin_family = AF_INET;
+    local.sin_port = htons(kPort);
+    local.sin_addr.s_addr = htonl(INADDR_ANY);
+    if (bind(g_nSocket, reinterpret_cast<const sockaddr*>(&local), sizeof local) < 0) return fail(235, "bind failed");
+    return 0;
+}
+
+static int allocateBuffers() {
+    receiveBuffer = static_cast<uint8_t*>(malloc(kDatagramSize));
+    if (receiveBuffer == nullptr) return fail(245, "allocate recv buffer  failed");
+    replyBuffer = static_cast<uint8_t*>(malloc(kDatagramSize));
+    if (replyBuffer == nullptr) return fail(254, "allocate reply buffer  failed");
+    g_pGeneralReportBuffer = static_cast<uint8_t*>(malloc(kReportBufferSize));
+    if (g_pGeneralReportBuffer == nullptr) return fail(268, "allocate general report buffer  failed");
+    g_pSiteSurveyBuffer = static_cast<char*>(malloc(kSiteSurveyBufferSize));
+    if (g_pSiteSurveyBuffer == nullptr) return fail(287, "allocate sitesurvey buffer  failed");
+    memset(g_pSiteSurveyBuffer, 0, kSiteSurveyBufferSize);
+    return 0;
+}
+
+static void freeBuffers() {
+    free(receiveBuffer);
+    free(replyBuffer);
+    free(g_pGeneralReportBuffer);
+    free(g_pSiteSurveyBuffer);
+    receiveBuffer = nullptr;
+    replyBuffer = nullptr;
+    g_pGeneralReportBuffer = nullptr;
+    g_pSiteSurveyBuffer = nullptr;
+}
+
+static int openService(const char* interfaceName) {
+    g_nSocket = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, IPPROTO_UDP);
+    if (g_nSocket < 0) return fail(183, "create socket failed");
+    if (initFamilies(interfaceName) != 0) return -1;
+    if (setSocketOptions(interfaceName) != 0) return -1;
+    if (bindSocket() != 0) return -1;
+    return allocateBuffers();
+}
+
+static void closeService(const char* interfaceName) {
+    if (g_nSocket >= 0) close(g_nSocket);
+    g_nSocket = -1;
+    freeBuffers();
+    removePidFile(interfaceName);
+}
+
+static void drainWorker() {
+    stop_download_file(&g_stDownThread);
+    while (get_download_file_status(&g_stDownThread) != 0) usleep(kDrainMicroseconds);
+    free(g_stDownThread.data);
+    g_stDownThread.data = nullptr;
+    g_stDownThread.data_length = 0;
+}
+
+static void serve(const char* interfaceName) {
+    traceService("main", 312, "QVP Client Start with interface:[%s]", interfaceName);
+    sendPresenceReport(SIGALRM);
+    armPresenceTimer();
+    runReceiveLoop(receiveBuffer, replyBuffer);
+    disarmPresenceTimer();
+}
+
+int main(int argc, char* argv[]) {
+    if (argc != 2) return fail(165, "Invalid parameter");
+    const char* interfaceName = argv[1];
+    blockSignals();
+    if (takePidFile(interfaceName) != 0) return -1;
+    memset(&g_stDownThread, 0, sizeof g_stDownThread);
+    installSignalHandlers();
+    if (openService(interfaceName) != 0) {
+        closeService(interfaceName);
+        return -1;
+    }
+    serve(interfaceName);
+    drainWorker();
+    closeService(interfaceName);
+    traceService("main", 744, "QVP Client Stop");
+    return 0;
+}
