@@ -1,16 +1,14 @@
-// Firmware and configuration upgrade: layouts of two commands that no opcode reaches.
+// Firmware and configuration upgrade: two commands that no opcode reaches.
 #pragma once
 
 #include "packet_header.h"
 
+// Behind `kind` come numbers and a text, in one of two layouts told apart by `payload_length`; none of it is used.
 struct UpgradeRequest {
     PacketHeader header;
-    uint8_t      kind;            // returned as it came
-    uint8_t      reserved_23[2];  // not read
-    Be32         number;          // not used
-    uint8_t      text[128];       // not used
+    uint8_t      kind;  // returned as it came
 };
-static_assert(sizeof(UpgradeRequest) == 157);
+static_assert(sizeof(UpgradeRequest) == 23);
 
 struct UpgradeReply {
     PacketHeader header;

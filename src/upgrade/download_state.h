@@ -4,6 +4,8 @@
 #include <pthread.h>
 #include <stdint.h>
 
+// `stop_request`, `busy` and `status` are read and written by both threads: only through loadShared and storeShared.
+// The rest belongs to the worker while it runs.
 struct DownThreadState {
     pthread_t thread;
     uint8_t stop_request;  // 1 asks the worker to give up
@@ -15,6 +17,17 @@ struct DownThreadState {
 };
 
 extern DownThreadState g_stDownThread;
+
+// Plain loads and stores on every machine the daemon runs on; they only keep the compiler and the memory in order.
+template <typename Value>
+Value loadShared(const Value& shared) {
+    return __atomic_load_n(&shared, __ATOMIC_ACQUIRE);
+}
+
+template <typename Value>
+void storeShared(Value& shared, int value) {
+    __atomic_store_n(&shared, static_cast<Value>(value), __ATOMIC_RELEASE);
+}
 
 // Asks the worker to give up. Returns 0, or -1 for a null record.
 int stop_download_file(DownThreadState* state);

@@ -1,0 +1,93 @@
+#include "upgrade/download_thread.h"
+
+#include <signal.h>
+#include <string.h>
+
+#include "platform.h"
+#include "upgrade/download_url.h"
+#include "upgrade/http_download.h"
+#include "upgrade/install.h"
+#include "util/shell.h"
+
+static constexpr int kUpgradeStateSlot = 4;
+static constexpr int kUpgradeDone = 2;
+static constexpr int kUpgradeFailed = 3;
+
+static constexpr int kSucceeded = 0;
+static constexpr int kRunning = 1;
+static constexpr int kFailed = 2;
+
+// What the two workers do differently.
+struct Worker {
+    int statusWhenStopped;
+    int statusWithoutHostEnd;  // no ':' and no '/' behind the host
+    bool publishesState;       // in the shared upgrade-state slot
+    int (*install)(uint8_t* data, int32_t length);
+};
+
+static constexpr Worker kConfigurationWorker{kFailed, kRunning, false, decode_and_unpack_config};
+static constexpr Worker kFirmwareWorker{kRunning, kFailed, true, verify_and_upgrade_firmware};
+
+static void publish(const Worker& worker, int upgradeState) {
+    if (worker.publishesState) SIWriteInt(kUpgradeStateSlot, upgradeState);
+}
+
+// Returns the status the run ends with; kRunning: given up without a word.
+static int download(DownThreadState& state, const Worker& worker) {
+    DownloadUrl url;
+    switch (takeApart(state.url, url)) {
+        case UrlResult::Complete:
+            break;
+        case UrlResult::Invalid:
+            return kFailed;
+        case UrlResult::HostWithoutEnd:
+            return worker.statusWithoutHostEnd;
+    }
+    if (http_download(url.host, url.port, url.path, &state.data) != 0) return kFailed;
+    return worker.install(state.data, state.data_length) == -1 ? kFailed : kSucceeded;
+}
+
+static void work(DownThreadState& state, const Worker& worker) {
+    storeShared(state.status, kRunning);
+    storeShared(state.busy, 1);
+    bool stopped = loadShared(state.stop_request) != 0;
+    int status = stopped ? worker.statusWhenStopped : download(state, worker);
+    if (stopped || status == kFailed) publish(worker, kUpgradeFailed);
+    if (status == kSucceeded) publish(worker, kUpgradeDone);
+    storeShared(state.status, status);
+    if (status == kSucceeded) shellOnWorker("/var/reboot -d 5 2>/dev/null 1>/dev/null&");
+    storeShared(state.busy, 0);
+}
+
+static void* runConfigurationWorker(void* state) {
+    work(*static_cast<DownThreadState*>(state), kConfigurationWorker);
+    return nullptr;
+}
+
+static void* runFirmwareWorker(void* state) {
+    work(*static_cast<DownThreadState*>(state), kFirmwareWorker);
+    return nullptr;
+}
+
+// Every signal is the main thread's.
+static void createBlocked(DownThreadState* state, const pthread_attr_t& attributes, void* (*run)(void*)) {
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    pthread_create(&state->thread, &attributes, run, state);
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+int start_download_thread(DownThreadState* state, const char* kind) {
+    if (state == nullptr || loadShared(state->busy) != 0) return -1;
+    pthread_attr_t attributes;
+    if (pthread_attr_init(&attributes) != 0) return -1;
+    if (pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED) != 0) {
+        pthread_attr_destroy(&attributes);
+        return -1;
+    }
+    storeShared(state->stop_request, 0);
+    createBlocked(state, attributes, kind != nullptr ? runConfigurationWorker : runFirmwareWorker);
+    return pthread_attr_destroy(&attributes) == 0 ? 0 : -1;
+}

@@ -1,0 +1,34 @@
+#include "upgrade/upgrade_function.h"
+
+#include "protocol/upgrade.h"
+#include "util/command.h"
+#include "util/packet.h"
+
+// The two layouts that requests come in; what stands in them is not used.
+static constexpr uint16_t kShortPayload = 135;
+static constexpr uint16_t kLongPayload = 148;
+
+static void acknowledge(const uint8_t* request, uint8_t* reply) {
+    UpgradeReply& out = view<UpgradeReply>(reply);
+    out.kind = view<UpgradeRequest>(request).kind;
+    out.accepted = 1;
+}
+
+static constexpr Command kConfigUpgrade{"config_upgrade", Addressing::MacOnly, Protection::Open, sizeof(UpgradeReply),
+                                        acknowledge};
+static constexpr Command kFirmwareUpgrade{"firmware_upgrade", Addressing::MacOnly, Protection::Open,
+                                          sizeof(UpgradeReply), acknowledge};
+
+static int answer(const Command& command, const uint8_t* request, uint8_t* reply, int capacity) {
+    int length = serve(kPrimary, command, request, reply, capacity);
+    uint16_t payload = load(view<PacketHeader>(request).payload_length);
+    return payload == kShortPayload || payload == kLongPayload ? length : -1;
+}
+
+int config_upgrade(const uint8_t* request, uint8_t* reply, int capacity) {
+    return answer(kConfigUpgrade, request, reply, capacity);
+}
+
+int firmware_upgrade(const uint8_t* request, uint8_t* reply, int capacity) {
+    return answer(kFirmwareUpgrade, request, reply, capacity);
+}
