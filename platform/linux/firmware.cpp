@@ -1,0 +1,16 @@
+// A generic Linux machine has no flash slot for a firmware image and no key for an archive: all are refused.
+#include "complain.h"
+#include "platform.h"
+
+static int refuse(const char* what) {
+    complain("%s refused: this machine has no place for it", what);
+    return -1;
+}
+
+int VerifyFWCode(const void*, int) { return refuse("firmware image"); }
+
+int UpgradeFWCode(const void*, int) { return refuse("writing of a firmware image"); }
+
+int cfgAesDecode(void*, int) { return refuse("enciphered configuration archive"); }
+
+int unpackCFG(const void*, int) { return refuse("configuration archive"); }

@@ -1,0 +1,46 @@
+// Ini files: [Section] lines, Name=value lines, and lines that start with # or ; or mean nothing. A line of the last
+// two kinds is kept as it stands.
+#pragma once
+
+#include <stddef.h>
+
+constexpr size_t kIniCapacity = 64 * 1024;
+
+// A whole file. A length above kIniCapacity marks one that did not fit.
+struct IniText {
+    char bytes[kIniCapacity + 1];
+    size_t length;
+};
+
+// A piece of an IniText; not NUL-terminated.
+struct Slice {
+    const char* text;
+    size_t length;
+};
+
+enum class IniKind { Other, Section, Field };
+
+struct IniLine {
+    IniKind kind;
+    Slice name;        // of the section or of the field, without blanks around it
+    Slice value;       // of a field, as it stands in the file, without blanks around it
+    const char* next;  // where the next line starts
+};
+
+// Fills `text` from the descriptor. Returns 0, or -1 with errno set, EFBIG when the file does not fit.
+int iniRead(int descriptor, IniText* text);
+
+// Where the first line starts: behind a byte-order mark, if the file has one.
+const char* iniFirstLine(const IniText* text);
+
+// Takes the line that starts at `start` apart; false at the end of the text.
+bool iniTakeLine(const IniText* text, const char* start, IniLine* line);
+
+bool sliceEquals(Slice slice, const char* text);
+
+// Finds the first field of that name in the section; false when there is none.
+bool iniFind(const IniText* text, const char* section, const char* name, Slice* value);
+
+// Makes `changed` a copy of `text` with the field's value replaced. A new field goes behind the last field of its
+// section, a new section to the end of the text. Returns 0, or -1 with errno EFBIG when the result does not fit.
+int iniChange(const IniText* text, const char* section, const char* name, const char* value, IniText* changed);
