@@ -24,8 +24,9 @@ struct DatetimeRequest {
     Le16         timezone;         // id in the tools' numbering
     uint8_t      daylight_saving;  // 0 off, 1 on
     uint8_t      ntp;              // 0 manual time, 1 follow the NTP server
-    uint8_t      ntp_server[1];    // name or address, text up to its NUL, however long
+    uint8_t      ntp_server[854];  // name or address, text up to its NUL, however long
 };
+static_assert(sizeof(DatetimeRequest) == kDatagramSize);
 static_assert(offsetof(DatetimeRequest, local_time) == 150);
 static_assert(offsetof(DatetimeRequest, timezone) == 166);
 static_assert(offsetof(DatetimeRequest, ntp_server) == 170);

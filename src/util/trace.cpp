@@ -29,14 +29,14 @@ void trace(const char* format, ...) {
     writeWhole(line, length);
 }
 
-void traceService(const char* function, int number, const char* format, ...) {
-    char line[kLineSize];
-    int length = cut(snprintf(line, sizeof line, "[QVP][qvp][%s][Line: %d]: ", function, number), kLineSize);
+void traceService(const char* function, int line, const char* format, ...) {
+    char text[kLineSize];
+    int length = cut(snprintf(text, sizeof text, "[QVP][qvp][%s][Line: %d]: ", function, line), kLineSize);
     va_list arguments;
     va_start(arguments, format);
     int room = kLineSize - length - 1;
-    length += cut(vsnprintf(line + length, static_cast<size_t>(room), format, arguments), room);
+    length += cut(vsnprintf(text + length, static_cast<size_t>(room), format, arguments), room);
     va_end(arguments);
-    line[length++] = '\n';
-    writeWhole(line, length);
+    text[length++] = '\n';
+    writeWhole(text, length);
 }
