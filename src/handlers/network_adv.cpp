@@ -6,7 +6,7 @@
 #include "util/reply_fields.h"
 
 static constexpr int32_t kDdnsProvider = 4;
-static constexpr char kDefaultProvider[] = "ddns.example.info;";
+static constexpr char kDefaultProvider[] = "names.example.com;";
 static_assert(sizeof kDefaultProvider == 18 + 1);
 
 // Both DDNS and PPPoE are read into the same flag: what is told as PPPoE is DDNS when the PPPoE key is missing.
