@@ -12,6 +12,7 @@
 
 static constexpr uint8_t kAdministrator = 1;
 static constexpr uint8_t kOtherUser = 2;
+static constexpr size_t kLongestUser = 64;  // of the system account
 
 static void verifyUser(const uint8_t* request, uint8_t* reply) {
     char user[kTextSize];
@@ -36,6 +37,7 @@ static void setSystemPassword(const char* password) {
     char escaped[2 * kTextSize];
     char command[sizeof user + sizeof escaped + 64];
     readText("USER_ADMIN", "Username1", user);
+    user[kLongestUser] = '\0';
     escape(escaped, password);
     snprintf(command, sizeof command, "/usr/sbin/set_passwd -u \"%s\" -p \"%s\"  2>/dev/null 1>/dev/null", user,
              escaped);

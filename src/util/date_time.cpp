@@ -24,9 +24,15 @@ struct RuleDate {
     int month, week, weekday, hour, minute;
 };
 
+// A text of the rule, as much of it as counts.
+static void readRuleText(const char* key, size_t most, char (&text)[kTextSize]) {
+    readText("DATETIME", key, text);
+    text[most] = '\0';
+}
+
 static bool readShift(int32_t& minutes) {
     char text[kTextSize];
-    readText("DATETIME", "Offset", text);
+    readRuleText("Offset", 15, text);
     int hours = 0;
     int rest = 0;
     if (text[0] == '\0' || sscanf(text + 1, "%d:%d", &hours, &rest) != 2) return false;
@@ -48,8 +54,8 @@ static bool readRule(TimezoneRule& rule) {
     RuleDate stop;
     int32_t shift = 0;
     if (!readShift(shift)) return false;
-    readText("DATETIME", "Starttime", startText);
-    readText("DATETIME", "Stoptime", stopText);
+    readRuleText("Starttime", 31, startText);
+    readRuleText("Stoptime", 31, stopText);
     if (!parseRuleDate(startText, start) || !parseRuleDate(stopText, stop)) return false;
     rule = {shift,      start.month, start.week,   start.weekday, start.hour, start.minute,
             stop.month, stop.week,   stop.weekday, stop.hour,     stop.minute};
