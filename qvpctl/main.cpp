@@ -1,0 +1,14 @@
+// qvpctl: finds cameras on the local network and sets them up.
+#include "qvpctl/command.h"
+#include "qvpctl/text.h"
+
+// In the order the help lists them.
+static const Command* const kCommands[] = {
+    &kDiscover,
+    &kWatch,
+};
+
+int main(int argc, char** argv) {
+    useUtf8();
+    return runTool(kCommands, argc, argv);
+}

@@ -1,0 +1,24 @@
+#include "qvpctl/stop_signal.h"
+
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+
+#include "qvpctl/failure.h"
+
+StopSignal::StopSignal() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        sigaddset(&signals, signal);
+    }
+    sigprocmask(SIG_BLOCK, &signals, nullptr);
+    descriptor_ = signalfd(-1, &signals, SFD_CLOEXEC);
+    if (descriptor_ < 0) {
+        throw systemFailure("cannot wait for signals", errno);
+    }
+}
+
+StopSignal::~StopSignal() { close(descriptor_); }
