@@ -4,13 +4,11 @@
 #include <fcntl.h>
 #include <stdio.h>
 #include <string.h>
-#include <sys/file.h>
-#include <time.h>
 #include <unistd.h>
 
+#include "folder_lock.h"
+
 static constexpr int kMostLinks = 16;
-static constexpr int kLockTries = 500;
-static constexpr long kLockPauseNs = 10'000'000;
 
 // A print that did not fit.
 static int check(int printed, size_t capacity) {
@@ -53,23 +51,11 @@ static int openFolder(const char* path, StoreFolder* folder) {
     return folder->descriptor < 0 ? -1 : 0;
 }
 
-// Asks again and again: a wait inside flock could not be bounded.
-static int lock(int descriptor) {
-    const timespec pause = {0, kLockPauseNs};
-    for (int attempt = 0; attempt < kLockTries; ++attempt) {
-        if (flock(descriptor, LOCK_EX | LOCK_NB) == 0) return 0;
-        if (errno != EWOULDBLOCK && errno != EINTR) return -1;
-        nanosleep(&pause, nullptr);
-    }
-    errno = EWOULDBLOCK;
-    return -1;
-}
-
 int lockStoreFolder(const char* path, StoreFolder* folder) {
     char followed[PATH_MAX];
     if (check(snprintf(followed, sizeof followed, "%s", path), sizeof followed) != 0) return -1;
     if (followLinks(followed) != 0 || openFolder(followed, folder) != 0) return -1;
-    if (lock(folder->descriptor) == 0) return 0;
+    if (lockFolder(folder->descriptor) == 0) return 0;
     int reason = errno;
     close(folder->descriptor);
     errno = reason;

@@ -1,13 +1,13 @@
 #include "time_zone.h"
 
+#include <stdlib.h>
+#include <time.h>
+
 #include "time_zone_table.h"
 #include "zone_install.h"
 #include "zone_text.h"
 
-#include <stdlib.h>
-#include <time.h>
-
-constexpr int kTable = 2;
+static constexpr int kTable = 2;
 
 int get_oem_timezone_id(int table, int id) {
     const TimeZone* zone = table == kTable ? findTimeZone(id) : nullptr;
@@ -19,7 +19,7 @@ int get_real_timezone_id(int table, int wire_id) {
     return zone != nullptr ? zone->id : -1;
 }
 
-int installTimeZone(const char* folder, int id, int mode, const struct TimezoneRule* rule) {
+int installTimeZone(const char* folder, int id, int mode, const TimezoneRule* rule) {
     char text[kZoneTextSize];
     const TimeZone* zone = findTimeZone(id);
     if (zone == nullptr || makeZoneText(zone->rule, mode, rule, text) != 0) return -1;
@@ -35,7 +35,7 @@ static void followTheSystem() {
     tzset();
 }
 
-int set_timezone(int, int id, int mode, const struct TimezoneRule* rule) {
+int set_timezone(int, int id, int mode, const TimezoneRule* rule) {
     if (installTimeZone("/etc", id, mode, rule) != 0) return -1;
     followTheSystem();
     return 0;

@@ -3,4 +3,4 @@
 
 #include "platform.h"
 
-int installTimeZone(const char* folder, int id, int mode, const struct TimezoneRule* rule);
+int installTimeZone(const char* folder, int id, int mode, const TimezoneRule* rule);

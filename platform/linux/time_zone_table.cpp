@@ -1,8 +1,8 @@
 #include "time_zone_table.h"
 
-#include "zone_text.h"
-
 #include <string.h>
+
+#include "zone_text.h"
 
 // Numbers are kept by cameras and tools: a zone keeps its own for ever, and a zone that is dropped leaves a gap. Wire
 // id 0 stays free, because tools are sent 0 for a zone that has no id. Rules as of 2026. Dublin counts its winter as
@@ -158,7 +158,7 @@ static constexpr TimeZone kTimeZones[] = {
     {1480, 148, "<+14>-14",                                     "Kiritimati"                      },
 };
 
-constexpr int kCount = sizeof kTimeZones / sizeof kTimeZones[0];
+static constexpr int kCount = sizeof kTimeZones / sizeof kTimeZones[0];
 
 static constexpr bool isSorted() {
     for (int row = 1; row < kCount; row++)

@@ -1,53 +1,32 @@
 #include "zone_install.h"
 
-#include "zone_file.h"
-#include "zone_text.h"
-
 #include <errno.h>
 #include <fcntl.h>
+#include <stddef.h>
 #include <stdint.h>
 #include <stdio.h>
 #include <string.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-constexpr const char* kFile = "localtime";
-constexpr const char* kText = "TZ";
-constexpr const char* kNewFile = "localtime.qvp-new";
-constexpr const char* kNewText = "TZ.qvp-new";
-constexpr const char* kOldText = "TZ.qvp-old";
+#include "complain.h"
+#include "folder_lock.h"
+#include "small_file.h"
+#include "zone_file.h"
+#include "zone_text.h"
 
-constexpr int kLockTries = 500;
-constexpr unsigned kLockPauseUsec = 10 * 1000;
+static constexpr const char* kFile = "localtime";
+static constexpr const char* kText = "TZ";
+static constexpr const char* kNewFile = "localtime.qvp-new";
+static constexpr const char* kNewText = "TZ.qvp-new";
+static constexpr const char* kOldText = "TZ.qvp-old";
 
 static int failed(const char* name) {
-    dprintf(STDERR_FILENO, "time zone: %s: %s\n", name, strerror(errno));
+    complain("time zone: %s: %s", name, strerror(errno));
     return -1;
 }
 
-// One daemon an interface: two may install at the same time. Bounded, because anybody who can read the folder can hold
-// its lock.
-static int lockFolder(int folder) {
-    for (int tries = 0; flock(folder, LOCK_EX | LOCK_NB) != 0; tries++) {
-        if (errno != EWOULDBLOCK || tries == kLockTries) return -1;
-        usleep(kLockPauseUsec);
-    }
-    return 0;
-}
-
-static int writeAll(int file, const void* bytes, size_t length) {
-    const uint8_t* at = (const uint8_t*)bytes;
-    while (length > 0) {
-        const ssize_t written = write(file, at, length);
-        if (written < 0) return -1;
-        at += written;
-        length -= (size_t)written;
-    }
-    return 0;
-}
-
-static int createFile(int folder, const char* name, const void* bytes, size_t length) {
+static int createFile(int folder, const char* name, const char* bytes, size_t length) {
     unlinkat(folder, name, 0);  // left by a power cut
     const int file = openat(folder, name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0644);
     if (file < 0) return failed(name);
@@ -61,11 +40,13 @@ static int createFile(int folder, const char* name, const void* bytes, size_t le
 static int createBoth(int folder, const char* text) {
     uint8_t file[kZoneFileSize];
     const int length = makeZoneFile(text, file);
-    if (length < 0 || createFile(folder, kNewFile, file, (size_t)length) != 0) return -1;
+    if (length < 0 ||
+        createFile(folder, kNewFile, reinterpret_cast<const char*>(file), static_cast<size_t>(length)) != 0)
+        return -1;
 
     char line[kZoneTextSize + 1];
     const int lineLength = snprintf(line, sizeof line, "%s\n", text);
-    return createFile(folder, kNewText, line, (size_t)lineLength);
+    return createFile(folder, kNewText, line, static_cast<size_t>(lineLength));
 }
 
 // The text goes first, with a second name for the old one to go back to: it is the less read of the two.

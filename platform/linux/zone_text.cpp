@@ -3,7 +3,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 
-constexpr int kMinutesADay = 24 * 60;
+static constexpr int kMinutesADay = 24 * 60;
 
 static bool within(int value, int low, int high) { return value >= low && value <= high; }
 
@@ -12,7 +12,7 @@ static bool isChange(int month, int week, int weekday, int hour, int minute) {
            (within(hour, 0, 23) || (hour == 24 && minute == 0));
 }
 
-static bool isDaylightSaving(const struct TimezoneRule* rule) {
+static bool isDaylightSaving(const TimezoneRule* rule) {
     return within(rule->shift_minutes, 1 - kMinutesADay, kMinutesADay - 1) &&
            isChange(rule->start_month, rule->start_week, rule->start_weekday, rule->start_hour, rule->start_minute) &&
            isChange(rule->stop_month, rule->stop_week, rule->stop_weekday, rule->stop_hour, rule->stop_minute);
@@ -28,7 +28,7 @@ static int putDaylightTime(char* text, size_t size, int eastMinutes) {
                     minutes);
 }
 
-static int makeUsersText(const char* rule, const struct TimezoneRule* daylight, char text[kZoneTextSize]) {
+static int makeUsersText(const char* rule, const TimezoneRule* daylight, char text[kZoneTextSize]) {
     if (daylight == nullptr || !isDaylightSaving(daylight)) return -1;
 
     const StandardTime standard = readStandardTime(rule);
@@ -44,7 +44,7 @@ static int makeUsersText(const char* rule, const struct TimezoneRule* daylight, 
     return 0;
 }
 
-int makeZoneText(const char* rule, int mode, const struct TimezoneRule* daylight, char text[kZoneTextSize]) {
+int makeZoneText(const char* rule, int mode, const TimezoneRule* daylight, char text[kZoneTextSize]) {
     switch (mode) {
         case kStandardTimeOnly:
             snprintf(text, kZoneTextSize, "%.*s", readStandardTime(rule).textLength, rule);

@@ -50,4 +50,4 @@ constexpr StandardTime readStandardTime(const char* text) {
 // Writes the text of `rule` under `mode` (a DaylightSaving). Returns 0, or -1 for an unknown mode, and in the user's
 // mode for no daylight saving given or one with a number out of its range. The shift, and the offset it leads to, must
 // stay under a day; 24:00 is the end of a day.
-int makeZoneText(const char* rule, int mode, const struct TimezoneRule* daylight, char text[kZoneTextSize]);
+int makeZoneText(const char* rule, int mode, const TimezoneRule* daylight, char text[kZoneTextSize]);
