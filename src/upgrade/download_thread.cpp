@@ -52,9 +52,9 @@ static void work(DownThreadState& state, const Worker& worker) {
     storeShared(state.busy, 1);
     bool stopped = loadShared(state.stop_request) != 0;
     int status = stopped ? worker.statusWhenStopped : download(state, worker);
-    if (stopped || status == kFailed) publish(worker, kUpgradeFailed);
     if (status == kSucceeded) publish(worker, kUpgradeDone);
     storeShared(state.status, status);
+    if (stopped || status == kFailed) publish(worker, kUpgradeFailed);
     if (status == kSucceeded) shellOnWorker("/var/reboot -d 5 2>/dev/null 1>/dev/null&");
     storeShared(state.busy, 0);
 }
