@@ -100,14 +100,20 @@ int receive_http_header(int socket, char* buffer, int capacity) {
     return -1;
 }
 
-// Length of the body that a header announces; -1 when it announces none, or its status is not 200.
-static int bodyLength(const char* header) {
+// Takes the length of the body that a header announces; false when it announces none, or its status is not 200.
+static bool takeBodyLength(const char* header, long& length) {
     int status = 0;
-    if (sscanf(header + 8, "%d", &status) != 1 || status != 200) return -1;
+    if (sscanf(header + 8, "%d", &status) != 1 || status != 200) return false;
     const char* field = strstr(header, "Content-Length:");
-    if (field == nullptr) return -1;
-    long length = strtol(field + 16, nullptr, 10);
-    return length < 0 || length > INT_MAX ? -1 : static_cast<int>(length);
+    if (field == nullptr) return false;
+    length = strtol(field + 16, nullptr, 10);
+    return true;
+}
+
+// A zeroed buffer, also for an empty body; null for a length that no body can have.
+static uint8_t* allocateBody(long length) {
+    if (length < 0 || length > INT_MAX) return nullptr;
+    return static_cast<uint8_t*>(calloc(1, length > 0 ? static_cast<size_t>(length) : 1));
 }
 
 // Returns the result of the last wait, 0 without any, or -1.
@@ -129,12 +135,12 @@ static int receiveBody(int socket, uint8_t* body, int length) {
 static int receiveResponse(int socket, uint8_t** data) {
     char header[kHeaderSize] = {};
     if (receive_http_header(socket, header, kHeaderSize) != 0) return -1;
-    int length = bodyLength(header);
-    if (length < 0) return -1;
+    long length = 0;
+    if (!takeBodyLength(header, length)) return -1;
     free(*data);
-    *data = static_cast<uint8_t*>(calloc(1, length > 0 ? static_cast<size_t>(length) : 1));
+    *data = allocateBody(length);
     if (*data == nullptr) return -1;
-    return receiveBody(socket, *data, length);
+    return receiveBody(socket, *data, static_cast<int>(length));
 }
 
 int http_download(const char* host, long port, const char* path, uint8_t** data) {
