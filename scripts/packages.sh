@@ -1,0 +1,36 @@
+# shellcheck shell=bash
+# The Debian packages that ./run and ./test need, and how they are installed.
+
+# shellcheck disable=SC2034 # for those that read this in
+{
+    run_packages=(cmake ninja-build g++ libcli11-dev nlohmann-json3-dev iproute2 util-linux)
+    test_packages=(googletest python3 python3-pytest clang-format clang-tidy shellcheck strace tzdata
+        g++-mips-linux-gnu libc6-dev-mips-cross qemu-user musl-tools)
+}
+
+as_root() {
+    if (($(id -u) == 0)); then
+        "$@"
+    elif command -v sudo >/dev/null; then
+        sudo "$@"
+    else
+        echo "This needs root rights, and there is no sudo: $*" >&2
+        return 1
+    fi
+}
+
+install_missing() { # PACKAGE...
+    local package missing=()
+    if ! command -v apt-get >/dev/null; then
+        echo "No apt-get here: what Debian calls $* has to be there already" >&2
+        return 0
+    fi
+    for package; do
+        [[ $(dpkg-query --show --showformat='${db:Status-Status}' "$package" 2>/dev/null) == installed* ]] ||
+            missing+=("$package")
+    done
+    ((${#missing[@]})) || return 0
+    echo "Installing ${missing[*]}"
+    as_root apt-get -qq update
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get -qq install --no-install-recommends "${missing[@]}" >/dev/null
+}
