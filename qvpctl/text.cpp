@@ -75,7 +75,7 @@ static Character firstCharacter(std::string_view text) {
     mbstate_t state{};
     wchar_t code = 0;
     const size_t length = mbrtowc(&code, text.data(), text.size(), &state);
-    const bool isValid = length >= 1 && length <= text.size();
+    const bool isValid = length >= 1 && length <= text.size() && code <= 0x10FFFF;
     return {code, isValid ? length : 1, isValid};
 }
 

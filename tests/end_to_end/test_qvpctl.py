@@ -1,0 +1,365 @@
+"""qvpctl against cameras that answer in every form, each test on networks of its own."""
+import json
+import os
+import pathlib
+import re
+import signal
+import subprocess
+import sys
+import time
+
+import pytest
+from veth_network import PATIENCE, Network, line_within
+
+TOOL = os.environ.get("QVPCTL", str(pathlib.Path(__file__).parents[2] / "build/release/qvpctl"))
+MAC = "02005e1000af"
+
+
+# --- Datagrams, by hand -----------------------------------------------------------------------------------------------
+
+def reply(mac=MAC, name=b"Front door", address=(10, 9, 0, 2), port=80, changes=()):
+    """A discovery reply of 505 bytes in hexadecimal, with 'SSSS' in the place of the sequence."""
+    data = bytearray(505)
+    data[0:2] = b"\xee\xfe"
+    data[4:6] = b"\xa1\x00"
+    data[6:12] = bytes.fromhex(mac)
+    data[12:16] = bytes(address)
+    data[18:22] = b"\x02\x00\xe3\x01"
+    put(data, 22, b"Brand")
+    put(data, 86, b"Product")
+    put(data, 150, b"Model")
+    put(data, 182, b"1.05")
+    data[214:217] = b"\x03\x00\x01"
+    data[220:226] = bytes.fromhex(mac)
+    put(data, 226, name)
+    data[290:294] = bytes(address)
+    data[294:296] = port.to_bytes(2, "big")
+    data[298:302] = b"\xff\xff\xff\x00"
+    data[302:306] = b"\x0a\x09\x00\x01"
+    data[306:310] = b"\x0a\x09\x00\x35"
+    data[314] = 1
+    put(data, 315, b"20260131235958")
+    data[331:333] = b"\x2c\x01"
+    put(data, 366, b"Rev B")
+    for offset, value in changes:
+        put(data, offset, value)
+    text = data.hex()
+    return text[:4] + "SSSS" + text[8:]
+
+
+def report(sequence=0, name=b"Front door", changes=()):
+    """A presence report of 317 bytes in hexadecimal."""
+    data = bytearray(317)
+    data[0:2] = b"\xff\xff"
+    data[2:4] = sequence.to_bytes(2, "little")
+    data[4:6] = b"\xa0\x00"
+    data[6:12] = bytes.fromhex(MAC)
+    data[12:16] = b"\x0a\x09\x00\x02"
+    data[18:22] = b"\x02\x00\x27\x01"
+    put(data, 22, b"Product")
+    put(data, 86, b"3")
+    put(data, 118, b"1.05")
+    data[150:156] = bytes.fromhex(MAC)
+    put(data, 156, b"Rev B")
+    put(data, 220, name)
+    data[284:292] = b"\x0a\x09\x00\x02\xff\xff\xff\x00"
+    for offset, value in changes:
+        put(data, offset, value)
+    return data.hex()
+
+
+def put(data, offset, value):
+    data[offset:offset + len(value)] = value
+
+
+@pytest.fixture
+def network():
+    result = Network(TOOL)
+    yield result
+    result.close()
+
+
+# --- discover ---------------------------------------------------------------------------------------------------------
+
+def test_asks_by_broadcast_and_shows_a_table(network):
+    camera = network.camera(network.link(), answers=[reply()])
+    result = network.run_tool("discover", "--wait", "0.5")
+    assert (result.returncode, result.stderr) == (0, b"")
+    assert result.stdout.decode() == (
+        "MAC                ADDRESS   NAME        PRODUCT  FIRMWARE  WEB\n"
+        "02:00:5e:10:00:af  10.9.0.2  Front door  Product  1.05      http://10.9.0.2/\n")
+    requests = camera.close()
+    assert len(requests) in (2, 3)  # repeated, as a broadcast may be lost
+    assert len({request[2:4] for request in requests}) == 1
+    for request in requests:
+        assert request[:2] + request[4:] == bytes.fromhex("fdfd a100 ffffffffffff 00000000 0000 0200 0000")
+
+
+def test_json_holds_the_whole_reply(network):
+    network.camera(network.link(), answers=[reply(port=8080)])
+    result = network.run_tool("discover", "-i", "tool0", "--wait", "0.5", "--json")
+    assert (result.returncode, result.stderr) == (0, b"")
+    assert result.stdout.count(b"\n") == 1
+    assert json.loads(result.stdout) == {
+        "mac": "02:00:5e:10:00:af", "address": "10.9.0.2", "name": "Front door", "brand": "Brand",
+        "product": "Product", "model": "Model", "firmware": "1.05", "hardware": "Rev B", "httpPort": 8080,
+        "netmask": "255.255.255.0", "gateway": "10.9.0.1", "dns": ["10.9.0.53"], "dhcp": True,
+        "localTime": "2026-01-31T23:59:58", "timezone": 300, "daylightSaving": False,
+        "url": "http://10.9.0.2:8080/", "interface": "tool0"}
+
+
+def test_json_lines_come_with_the_replies(network):
+    network.camera(network.link(), answers=[reply()])
+    process = network.start_tool("discover", "--json", "--wait", "600")
+    assert json.loads(line_within(process.stdout))["name"] == "Front door"
+    assert process.poll() is None
+
+
+def test_repeats_a_request_that_was_lost(network):
+    network.camera(network.link(), answers=[reply()], ignore=1)
+    assert network.run_tool("discover", "--wait", "1").returncode == 0
+
+
+def test_a_camera_counts_once_and_the_table_is_sorted_by_address(network):
+    answers = [reply("020000000003", b"C", (10, 9, 0, 100)), reply("020000000001", b"A", (10, 9, 0, 9)),
+               reply("020000000001", b"again", (10, 9, 0, 9)), reply("020000000002", b"B", (10, 9, 0, 20))]
+    network.camera(network.link(), answers=answers)
+    result = network.run_tool("discover", "--wait", "1")
+    assert [line.split()[2] for line in result.stdout.decode().splitlines()] == ["NAME", "A", "B", "C"]
+
+
+@pytest.mark.parametrize("malformed", [
+    "",
+    "ee",
+    reply()[:2 * 21],
+    reply()[:2 * 22],
+    reply()[:2 * 334],
+    reply()[:2 * 504],
+    reply() + "00",
+    reply() + "00" * 519,
+    reply() + "00" * 900,
+    reply(changes=[(0, b"\xfd\xfd")]),
+    reply(changes=[(0, b"\xff\xff")]),
+    reply(changes=[(4, b"\xa2\x00")]),
+    reply(changes=[(4, b"\xa1\x01")]),
+    reply(changes=[(16, b"\x03\x00")]),
+    reply(changes=[(18, b"\x01\x00")]),
+    reply(changes=[(20, b"\xe4\x01")]),
+    reply().replace("SSSS", "WWWW"),
+    "ff" * 505,
+    report(),
+], ids=lambda datagram: f"{len(datagram) // 2}-{datagram[:44]}")
+def test_ignores_what_is_no_reply(network, malformed):
+    """Beside a valid reply, so that the test sees the tool take one and leave the other."""
+    other = reply("02000000aa01", b"Valid", (10, 9, 0, 7))
+    network.camera(network.link(), answers=[malformed, other])
+    result = network.run_tool("discover", "--wait", "0.3", "--json")
+    assert (result.returncode, result.stderr) == (0, b"")
+    assert [json.loads(line)["name"] for line in result.stdout.splitlines()] == ["Valid"]
+
+
+HOSTILE = [
+    (b"\x1b[2J\x1b]0;owned\x07", "\\x1B[2J\\x1B]0;owned\\x07", "\x1b[2J\x1b]0;owned\x07"),
+    (b"a\r\nMAC forged", "a\\x0D\\x0AMAC forged", "a\r\nMAC forged"),
+    (b"\xc2\x9b2J", "\\u{9B}2J", "\x9b2J"),
+    (b"\xe2\x80\xaegpj", "\\u{202E}gpj", "\u202egpj"),
+    (b"\xff\xfe\xc3", "\\xFF\\xFE\\xC3", "\ufffd\ufffd\ufffd"),
+    (b"\x7f" * 64, "\\x7F" * 64, "\x7f" * 64),
+    ("Tür 門".encode(), "Tür 門", "Tür 門"),
+    (b'"},{"mac":"\\', '"},{"mac":"\\\\', '"},{"mac":"\\'),
+]
+
+
+@pytest.mark.parametrize("raw, shown, decoded", HOSTILE, ids=[repr(row[0][:12]) for row in HOSTILE])
+def test_hostile_texts_reach_neither_terminal_nor_parser(network, raw, shown, decoded):
+    network.camera(network.link(), answers=[reply(name=raw, changes=[(182, raw[:32])])])
+    table = network.run_tool("discover", "--wait", "0.3").stdout
+    assert all(byte >= 0x20 and byte != 0x7F for byte in table.replace(b"\n", b""))
+    assert len(table.splitlines()) == 2
+    assert f"  {shown}  Product  " in table.decode()
+    lines = network.run_tool("discover", "--wait", "0.3", "--json").stdout.decode("ascii").splitlines()
+    assert [json.loads(line)["name"] for line in lines] == [decoded]
+
+
+def test_finds_cameras_on_every_interface_or_on_the_named_one(network):
+    network.camera(network.link(), answers=[reply("020000000001", b"A")])
+    unasked = network.camera(network.link(), answers=[reply("020000000002", b"B", (10, 9, 1, 2))])
+    everywhere = network.run_tool("discover", "--wait", "0.5", "--json").stdout.splitlines()
+    found = {json.loads(line)["name"]: json.loads(line)["interface"] for line in everywhere}
+    assert found == {"A": "tool0", "B": "tool1"}
+    before = len(unasked.close())
+    unasked = network.camera(network.hosts[2], answers=[reply("020000000002", b"B", (10, 9, 1, 2))])
+    named = network.run_tool("discover", "-i", "tool0", "--wait", "0.5", "--json").stdout.splitlines()
+    assert [json.loads(line)["name"] for line in named] == ["A"]
+    assert (before > 0, unasked.close()) == (True, [])
+
+
+def test_finds_a_camera_of_another_subnet(network):
+    host = network.link()
+    host.run("ip", "address", "flush", "dev", "cam0")
+    host.run("ip", "address", "add", "192.168.77.2/24", "brd", "+", "dev", "cam0")
+    host.run("ip", "route", "add", "10.9.0.1/32", "dev", "cam0")
+    network.camera(host, answers=[reply(address=(192, 168, 77, 2))])
+    assert network.run_tool("discover", "-i", "tool0", "--wait", "0.5").returncode == 0
+
+
+def test_without_a_camera_ends_with_1(network):
+    network.link()
+    for arguments in ([], ["--json"], ["-i", "tool0"]):
+        result = network.run_tool("discover", "--wait", "0.2", *arguments)
+        assert (result.returncode, result.stdout, result.stderr) == (1, b"", b"qvpctl: no camera answered\n")
+
+
+def test_loopback_is_used_only_when_named(network):
+    camera = network.camera(network.tool_host, "lo", answers=[reply()])
+    network.link()
+    assert network.run_tool("discover", "--wait", "0.3").returncode == 1
+    assert network.run_tool("discover", "--wait", "0.3", "-i", "lo").returncode == 0
+    assert len(camera.close()) > 0
+
+
+def test_an_interface_that_cannot_be_used_is_named(network):
+    network.link()
+    network.tool_host.run("ip", "link", "add", "down0", "type", "veth", "peer", "name", "bare0")
+    network.tool_host.run("ip", "link", "set", "bare0", "up")
+    rows = [("nope0", "no such interface"), ("down0", "it is down"), ("bare0", "it has no IPv4 address"),
+            ("a-name-longer-than-any-interface", "no such interface")]
+    for name, reason in rows:
+        result = network.run_tool("discover", "-i", name)
+        assert (result.returncode, result.stdout) == (3, b"")
+        assert result.stderr.decode() == f"qvpctl: interface {name}: {reason}\n"
+    assert network.run_tool("watch", "-i", "nope0").returncode == 3
+
+
+def test_without_any_interface_ends_with_3(network):
+    result = network.run_tool("discover")
+    assert (result.returncode, result.stdout) == (3, b"")
+    assert result.stderr == b"qvpctl: no interface is up with broadcast and an IPv4 address\n"
+
+
+def test_output_that_cannot_be_written_ends_with_3(network):
+    network.camera(network.link(), answers=[reply()])
+    for arguments in ([], ["--json"]):
+        with open("/dev/full", "wb") as full:
+            result = network.run_tool("discover", "--wait", "0.3", *arguments, stdout=full, stderr=subprocess.PIPE)
+        assert result.returncode == 3
+        assert result.stderr.startswith(b"qvpctl: cannot write the output: ")
+
+
+# --- watch ------------------------------------------------------------------------------------------------------------
+
+def listens(network):
+    """True once a socket of the tool's namespace is bound to the broadcast address and the port."""
+    table = subprocess.run([*network.tool_host.enter, "cat", "/proc/net/udp"], capture_output=True, check=True)
+    return b" FFFFFFFF:F600 " in table.stdout
+
+
+def start_watch(network, *arguments):
+    process = network.start_tool("watch", *arguments)
+    deadline = time.monotonic() + PATIENCE
+    while not listens(network):
+        assert process.poll() is None, process.stderr.read()
+        assert time.monotonic() < deadline, "the tool does not listen"
+        time.sleep(0.01)
+    return process
+
+
+def test_watch_shows_reports_as_they_come(network):
+    process = start_watch(network)
+    network.camera(network.link(), broadcasts=[report(7)])
+    assert line_within(process.stdout) == (
+        "TIME                       MAC                ADDRESS          NAME              PRODUCT           FIRMWARE")
+    line = line_within(process.stdout)
+    assert re.fullmatch(r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d[+-]\d\d:\d\d  02:00:5e:10:00:af  10\.9\.0\.2 {9}Front door {8}"
+                        r"Product {11}1\.05", line)
+    assert process.poll() is None
+
+
+@pytest.mark.parametrize("stop", [signal.SIGINT, signal.SIGTERM])
+def test_watch_ends_with_0_when_stopped(network, stop):
+    process = start_watch(network)
+    line_within(process.stdout)
+    process.send_signal(stop)
+    assert process.wait(PATIENCE) == 0
+    assert process.stderr.read() == b""
+
+
+def test_watch_tells_reports_from_forgeries(network):
+    process = start_watch(network, "--json", "--count", "2")
+    forged = ["", "ff", report(1)[:2 * 316], report(1) + "00", report(1) + "00" * 707, report(1) + "00" * 900,
+              report(1, changes=[(0, b"\xee\xfe")]), report(1, changes=[(0, b"\xfd\xfd")]),
+              report(1, changes=[(4, b"\xa1\x00")]), report(1, changes=[(4, b"\xa0\x01")]),
+              report(1, changes=[(18, b"\x01\x00")]), report(1, changes=[(20, b"\x28\x01")]),
+              reply().replace("SSSS", "0000"), "ff" * 317]
+    network.camera(network.link(), broadcasts=forged + [report(0x1234)] + forged + [report(3, b"\x1b[2J\xff")])
+    output, errors = process.communicate(timeout=PATIENCE)
+    assert (process.returncode, errors) == (0, b"")
+    first, second = [json.loads(line) for line in output.decode("ascii").splitlines()]
+    assert re.fullmatch(r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d[+-]\d\d:\d\d", first.pop("time"))
+    assert first == {"mac": "02:00:5e:10:00:af", "address": "10.9.0.2", "netmask": "255.255.255.0",
+                     "name": "Front door", "product": "Product", "firmware": "1.05", "hardware": "Rev B",
+                     "sequence": 0x1234, "interface": "tool0"}
+    assert (second["sequence"], second["name"]) == (3, "\x1b[2J\ufffd")
+
+
+def test_watch_keeps_to_the_named_interface(network):
+    first, second = network.link(), network.link()
+    process = start_watch(network, "--json", "-i", "tool1", "--count", "1")
+    network.camera(first, broadcasts=[report(1)])
+    network.camera(second, broadcasts=[report(2)])
+    output, _ = process.communicate(timeout=PATIENCE)
+    assert [json.loads(line)["sequence"] for line in output.splitlines()] == [2]
+
+
+@pytest.mark.parametrize("watch_is_first", [True, False])
+def test_watch_leaves_a_service_on_the_port_its_datagrams(network, watch_is_first):
+    """Both hold the port; a broadcast reaches both, what is sent to the machine alone reaches the service."""
+    host = network.link()
+    service = ("import socket, sys\n"
+               "s = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)\n"
+               "s.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)\n"
+               "s.bind(('0.0.0.0', 62976))\n"
+               "print('ready', flush=True)\n"
+               "while True: print(len(s.recv(2048)), flush=True)\n")
+
+    def start_service():
+        process = network.tool_host.start(sys.executable, "-c", service, stdout=subprocess.PIPE)
+        network.processes.append(process)
+        assert line_within(process.stdout) == "ready"
+        return process
+
+    early = None if watch_is_first else start_service()
+    watch = start_watch(network, "--json", "--count", "1")
+    other = early or start_service()
+    host.run(sys.executable, "-c", "import socket\ns = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)\n"
+                                   "for _ in range(3): s.sendto(b'x' * 22, ('10.9.0.1', 62976))\n")
+    network.camera(host, broadcasts=[report(5)])
+    assert json.loads(line_within(watch.stdout))["sequence"] == 5
+    assert [line_within(other.stdout) for _ in range(4)] == ["22", "22", "22", "317"]
+
+
+# --- the command line -------------------------------------------------------------------------------------------------
+
+@pytest.mark.parametrize("arguments", [
+    [], ["frobnicate"], ["--frobnicate"], ["discover", "extra"], ["discover", "--wait", "0"],
+    ["discover", "--wait", "nan"], ["discover", "-i"], ["discover", "-i", ""], ["watch", "--count", "0"],
+    ["watch", "--count", "-1"], ["watch", "--wait", "1"],
+], ids=" ".join)
+def test_wrong_usage_ends_with_2(arguments):
+    result = subprocess.run([TOOL, *arguments], capture_output=True, timeout=PATIENCE, check=False)
+    assert (result.returncode, result.stdout) == (2, b"")
+    assert re.fullmatch(rb"qvpctl: .+\nTry 'qvpctl .*--help'\.\n", result.stderr)
+
+
+@pytest.mark.parametrize("command", ["", "discover", "watch"])
+def test_help_leads_with_examples(command):
+    result = subprocess.run([TOOL, *command.split(), "--help"], capture_output=True, timeout=PATIENCE, check=False)
+    assert (result.returncode, result.stderr) == (0, b"")
+    text = result.stdout.decode()
+    assert 0 < text.index(f"Examples:\n  qvpctl {command}") < text.index("Usage:") < text.index("Options:")
+    assert "Exit status:" in text
+
+
+def test_version():
+    result = subprocess.run([TOOL, "--version"], capture_output=True, timeout=PATIENCE, check=False)
+    assert re.fullmatch(r"qvpctl \d+\.\d+\.\d+\n", result.stdout.decode())

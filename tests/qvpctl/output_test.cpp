@@ -1,0 +1,112 @@
+#include "qvpctl/output.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "qvpctl/failure.h"
+#include "qvpctl/text.h"
+
+static const Column kColumns[] = {
+    {"NAME",    "name",    6},
+    {"ADDRESS", "address", 9},
+    {"WEB",     "url",     0},
+};
+
+class OutputTest : public testing::Test {
+protected:
+    static void SetUpTestSuite() { useUtf8(); }
+
+    static Record record(const std::string& name, const std::string& address) {
+        return {
+            {"address", address},
+            {"name",    name   },
+            {"url",     nullptr},
+            {"hidden",  1      }
+        };
+    }
+
+    std::ostringstream stream_;
+};
+
+TEST_F(OutputTest, TableIsAsWideAsItMustBeAndSortedNaturally) {
+    const auto output = sortedTable(stream_, kColumns, "address");
+    output->add(record("Gate", "10.0.0.10"));
+    output->add(record("T\xc3\xbcr", "9.255.0.1"));
+    output->add(record("", "10.0.0.9"));
+    EXPECT_EQ(stream_.str(), "");
+    output->finish();
+    EXPECT_EQ(stream_.str(),
+              "NAME  ADDRESS    WEB\n"
+              "T\xc3\xbcr   9.255.0.1  -\n"
+              "-     10.0.0.9   -\n"
+              "Gate  10.0.0.10  -\n");
+}
+
+TEST_F(OutputTest, TableWithoutRowsIsNothing) {
+    sortedTable(stream_, kColumns, "address")->finish();
+    EXPECT_EQ(stream_.str(), "");
+}
+
+TEST_F(OutputTest, TableSortsEveryOctetAsANumber) {
+    const char* const addresses[] = {"0.0.0.0",    "1.0.0.0",        "9.9.9.9",   "10.0.0.0",   "10.0.0.1",
+                                     "10.0.0.2",   "10.0.0.10",      "10.0.2.1",  "10.0.10.1",  "10.2.0.1",
+                                     "10.10.0.1",  "100.0.0.1",      "192.0.2.9", "192.0.2.99", "192.0.2.100",
+                                     "192.0.20.1", "255.255.255.255"};
+    const auto output = sortedTable(stream_, std::span(kColumns).subspan(1, 1), "address");
+    std::string expected = "ADDRESS\n";
+    for (const char* address : addresses) {
+        expected += std::string(address) + "\n";
+    }
+    for (size_t i = std::size(addresses); i-- > 0;) {
+        output->add(record("", addresses[i]));
+    }
+    output->finish();
+    EXPECT_EQ(stream_.str(), expected);
+}
+
+TEST_F(OutputTest, LiveTablePrintsEachRowAtOnce) {
+    const auto output = liveTable(stream_, kColumns);
+    EXPECT_EQ(stream_.str(), "NAME    ADDRESS    WEB\n");
+    output->add(record("Gate", "10.0.0.10"));
+    output->add(record("Longer than its column", "10.0.0.9"));
+    EXPECT_EQ(stream_.str(),
+              "NAME    ADDRESS    WEB\n"
+              "Gate    10.0.0.10  -\n"
+              "Longer than its column  10.0.0.9   -\n");
+}
+
+TEST_F(OutputTest, TextOutputsEscapeWhatATerminalWouldObey) {
+    const auto output = sortedTable(stream_, kColumns, "address");
+    output->add(record("\x1b]0;x\x07", "10.0.0.1"));
+    output->finish();
+    EXPECT_EQ(stream_.str(),
+              "NAME          ADDRESS   WEB\n"
+              "\\x1B]0;x\\x07  10.0.0.1  -\n");
+}
+
+TEST_F(OutputTest, JsonIsOneAsciiObjectALine) {
+    const auto output = jsonLines(stream_);
+    output->add({
+        {"b", "T\xc3\xbcr \"\\\n\x1b\x7f\xc2\x9b"},
+        {"a", "\xff\xc3"                         }
+    });
+    output->add({
+        {"a", 1}
+    });
+    EXPECT_EQ(stream_.str(),
+              "{\"b\":\"T\\u00fcr \\\"\\\\\\n\\u001b\\u007f\\u009b\",\"a\":\"\\ufffd\\ufffd\"}\n"
+              "{\"a\":1}\n");
+}
+
+TEST_F(OutputTest, ThatCannotBeWrittenIsASystemError) {
+    stream_.setstate(std::ios::badbit);
+    try {
+        jsonLines(stream_)->add({
+            {"a", 1}
+        });
+        FAIL();
+    } catch (const Failure& failure) {
+        EXPECT_EQ(failure.code(), 3);
+    }
+}
