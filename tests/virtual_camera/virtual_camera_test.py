@@ -163,13 +163,13 @@ def test_a_camera_is_started_entered_and_stopped(tmp_path):
         test $pid = $(cat {tmp_path}/pid); test $pid = $(cat {tmp_path}/root/run/qvp-eth0.pid)
         kill $pid; until_true test -s {tmp_path}/status; echo status $(cat {tmp_path}/status)
         camera stop 7 --folder {tmp_path}
-        camera start 7 --no-daemon >/dev/null
+        camera start 7 --no-daemon {options} >/dev/null
         test ! -e $QVP_LAN/7/pid
         {CAMERA} exec 7 -- qvp eth0 2>/dev/null & daemon=$!
         {DISCOVER} 1
         kill $daemon; wait $daemon; echo status $?
         if camera exec 7 -- sh -c 'exit 5'; then :; else echo exec $?; fi
-        if camera start 7 2>/dev/null; then :; else echo again $?; fi
+        if camera start 7 {options} 2>/dev/null; then :; else echo again $?; fi
         """, "-n", "0")
     assert list(replies(output)) == ["198.18.1.7"]
     assert re.findall(r"^\w+ \d+$", output, re.M) == ["status 0", "status 0", "exec 5", "again 125"]
