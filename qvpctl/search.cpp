@@ -15,7 +15,7 @@ static std::vector<Interface> searchedInterfaces(const std::string& name) {
     if (!name.empty()) {
         return {interfaceNamed(name)};
     }
-    const std::vector<Interface> result = broadcastInterfaces();
+    std::vector<Interface> result = broadcastInterfaces();
     if (result.empty()) {
         throw Failure(kSystemError, "no interface is up with broadcast and an IPv4 address");
     }
