@@ -82,9 +82,9 @@ TEST_P(SiteLine, ReadsChannelAndSignalAsDecimalNumbers) {
         const char* text;
         int value;
     } rows[] = {
-        {"0", 0},   {"1", 1},   {"6", 6},     {"13", 13},   {"15", 15},   {"16", 16}, {"36", 36},  {"165", 165},
-        {"255", 255}, {"256", 256}, {"300", 300}, {"9999", 9999}, {" 7", 7},  {"08", 8},  {"+9", 9},   {"-1", -1},
-        {"-60", -60}, {"", 0},    {"x", 0},     {"5x", 5},    {"0x1F", 0}, {"1 2", 1}, {"  3", 3},  {"\t4", 4},
+        {"0", 0},     {"1", 1},     {"6", 6},     {"13", 13},     {"15", 15},  {"16", 16}, {"36", 36}, {"165", 165},
+        {"255", 255}, {"256", 256}, {"300", 300}, {"9999", 9999}, {" 7", 7},   {"08", 8},  {"+9", 9},  {"-1", -1},
+        {"-60", -60}, {"", 0},      {"x", 0},     {"5x", 5},      {"0x1F", 0}, {"1 2", 1}, {"  3", 3}, {"\t4", 4},
     };
     for (const auto& number : rows) {
         Site site;
@@ -136,8 +136,8 @@ TEST_P(SiteLine, CutsAndStripsTheSsid) {
 }
 
 TEST_P(SiteLine, MarksEveryTypeWithoutTheWord) {
-    const std::pair<const char*, bool> rows[] = {{"In", true}, {"Ad", false}, {"", false},   {"in", false},
-                                                 {"IN", false}, {"I", false}, {" In", false}, {"nI", false}};
+    const std::pair<const char*, bool> rows[] = {{"In", true},  {"Ad", false}, {"", false},    {"in", false},
+                                                 {"IN", false}, {"I", false},  {" In", false}, {"nI", false}};
     for (const auto& [type, infrastructure] : rows) {
         Site site;
         site.type = type;
@@ -156,10 +156,10 @@ TEST_P(SiteLine, HasEmptyColumnsWhereItIsShort) {
         const char* ssid;
         std::uint8_t signal, typeAndCipher, authAndChannel;
     } rows[] = {
-        {1, "", 0, 0xF1, 0x6F},        {3, "", 0, 0xF1, 0x6F},         {4, "", 0, 0xF1, 0x6F},
-        {5, "g", 0, 0xF1, 0x6F},       {10, "garden", 0, 0xF1, 0x6F},  {37, "garden", 0, 0xF1, 0x6F},
-        {57, "garden", 0, 0xF1, 0x6F}, {64, "garden", 0, 0x41, 0x64},  {68, "garden", 0, 0x31, 0x64},
-        {80, "garden", 0, 0x31, 0x64}, {81, "garden", 8, 0x31, 0x64},  {82, "garden", 81, 0x31, 0x64},
+        {1, "", 0, 0xF1, 0x6F},         {3, "", 0, 0xF1, 0x6F},         {4, "", 0, 0xF1, 0x6F},
+        {5, "g", 0, 0xF1, 0x6F},        {10, "garden", 0, 0xF1, 0x6F},  {37, "garden", 0, 0xF1, 0x6F},
+        {57, "garden", 0, 0xF1, 0x6F},  {64, "garden", 0, 0x41, 0x64},  {68, "garden", 0, 0x31, 0x64},
+        {80, "garden", 0, 0x31, 0x64},  {81, "garden", 8, 0x31, 0x64},  {82, "garden", 81, 0x31, 0x64},
         {98, "garden", 81, 0x31, 0x64}, {99, "garden", 81, 0x31, 0x64}, {100, "garden", 81, 0x30, 0x64},
     };
     Site other;

@@ -149,9 +149,11 @@ TEST_P(SiteSurvey, WritesTheWholePageAndNotAByteMore) {
 TEST_P(SiteSurvey, LooksAtNothingOfTheRequestButItsHeader) {
     std::string text = networks(1);
     fake::camera().interfaces["eth0"].address.reset();
-    const Packet odd = Packet(1024).put(0, {1, 2, 0x78, 0x56, 0x9A, 0xBC}).put(6, {9, 9, 9, 9, 9, 9, 1, 2, 3, 4, 5, 6, 7, 8});
+    const Packet odd =
+        Packet(1024).put(0, {1, 2, 0x78, 0x56, 0x9A, 0xBC}).put(6, {9, 9, 9, 9, 9, 9, 1, 2, 3, 4, 5, 6, 7, 8});
     Bytes buffer(1024);
-    EXPECT_EQ(fillFunction()(odd.bytes().data(), buffer.data(), 1024, 0, text.data(), static_cast<int>(text.size())), 746);
+    EXPECT_EQ(fillFunction()(odd.bytes().data(), buffer.data(), 1024, 0, text.data(), static_cast<int>(text.size())),
+              746);
     Packet expected = page({networkEntry(0)}, false).put(2, {0x78, 0x56, 0x9A, 0xBC}).fill(12, 4, 0).put(18, {7, 8});
     EXPECT_TRUE(sameBytes(expected.bytes(), {buffer.begin(), buffer.begin() + 746}));
     EXPECT_EQ(fake::events(), fake::Events{"net_get_ifaddr eth0"});

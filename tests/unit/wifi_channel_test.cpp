@@ -29,7 +29,10 @@ const Row kRows[] = {
     {"first and last field", 1, {{"1", {"1", "2", "13"}}}, {1, 2, 13}, {3, 12, 14}},
     {"fields read as decimal numbers", 1, {{"1", {"06", " 7", "8 ", "9x", "0x0A", "+11"}}}, {6, 7, 8, 9, 11}, {10, 0}},
     {"channels of a byte", 1, {{"1", {"165", "255", "256"}}}, {165, 255, 256}, {0, 1}},
-    {"names that only resemble the region's", 1, {{"01", {"1"}}, {"11", {"2"}}, {"1 ", {"3"}}, {"", {"4"}}}, {},
+    {"names that only resemble the region's",
+     1,
+     {{"01", {"1"}}, {"11", {"2"}}, {"1 ", {"3"}}, {"", {"4"}}},
+     {},
      {1, 2, 3, 4}},
     {"the region's section behind others", 1, {{"01", {"1"}}, {"11", {"2"}}, {"1", {"3"}}}, {3}, {1, 2}},
     {"no region", std::nullopt, {{"0", {"6"}}, {"1", {"7"}}}, {6}, {7}},
@@ -59,8 +62,8 @@ TEST_F(WifiChannel, AsksForTheRegionThenTheSectionsThenTheFields) {
     fake::camera().region = 12;
     fake::camera().iniFiles[kTable] = {{"11", {"1"}}, {"12", {"6"}}};
     EXPECT_EQ(checkWifiChannel(6), 0);
-    EXPECT_EQ(fake::events(), (Events{"HWMIB_getRegion", "CfgEnumSec /etc/wifi_channel.ini",
-                                      "CfgEnumField /etc/wifi_channel.ini 12"}));
+    EXPECT_EQ(fake::events(),
+              (Events{"HWMIB_getRegion", "CfgEnumSec /etc/wifi_channel.ini", "CfgEnumField /etc/wifi_channel.ini 12"}));
     fake::clearEvents();
     fake::camera().region = 13;
     EXPECT_EQ(checkWifiChannel(6), -1);

@@ -38,9 +38,9 @@ TEST_P(GetWifi, TellsWhatIsStored) {
     EXPECT_EQ(workEvents(),
               (Events{"cfgRead WIRELESS Enable", "cfgRead WIRELESS Channel", "cfgRead WIRELESS SSID",
                       "cfgRead WIRELESS Mode", "cfgRead WIRELESS Authentication", "cfgRead WIRELESS Encryption",
-                      "cfgRead WIRELESS WEPKeyFormat", "cfgRead WIRELESS WEPKeyLength",
-                      "cfgRead WIRELESS WEPActiveKey", "cfgRead WIRELESS WEPKey0", "cfgRead WIRELESS WEPKey1",
-                      "cfgRead WIRELESS WEPKey2", "cfgRead WIRELESS WEPKey3", "cfgRead WIRELESS PreSharedKey"}));
+                      "cfgRead WIRELESS WEPKeyFormat", "cfgRead WIRELESS WEPKeyLength", "cfgRead WIRELESS WEPActiveKey",
+                      "cfgRead WIRELESS WEPKey0", "cfgRead WIRELESS WEPKey1", "cfgRead WIRELESS WEPKey2",
+                      "cfgRead WIRELESS WEPKey3", "cfgRead WIRELESS PreSharedKey"}));
     EXPECT_THAT(raisedFlags(), testing::IsEmpty());
 }
 
@@ -84,8 +84,8 @@ TEST_P(GetWifi, TellsAllOfTheEnableByteAndTheLowByteOfTheChannel) {
 
 TEST_P(GetWifi, NumbersAuthenticationAsTheWireDoes) {
     const std::pair<std::int32_t, std::uint8_t> rows[] = {
-        {0, 0},  {1, 1}, {2, 3}, {3, 4},  {4, 5}, {5, 0}, {6, 0}, {15, 0}, {16, 0}, {256, 0}, {258, 0},
-        {-1, 0}, {-2, 0}, {INT32_MAX, 0}, {INT32_MIN, 0},
+        {0, 0},  {1, 1},   {2, 3},   {3, 4},  {4, 5},  {5, 0},         {6, 0},         {15, 0},
+        {16, 0}, {256, 0}, {258, 0}, {-1, 0}, {-2, 0}, {INT32_MAX, 0}, {INT32_MIN, 0},
     };
     for (const auto& [stored, wire] : rows) {
         SCOPED_TRACE(stored);
@@ -104,9 +104,21 @@ TEST_P(GetWifi, SpillsNumbersOutOfRange) {
         std::int32_t low, high;
         std::uint8_t told;
     } rows[] = {
-        {0, 0, 0x00},  {1, 0, 0x01},       {0, 1, 0x10},          {15, 15, 0xFF},  {0, 0x12, 0x20}, {0x12, 0, 0x12},
-        {0x12, 4, 0x52}, {0x30, 0x05, 0x70}, {0x100, 0x10, 0x00},   {0x1FF, 0, 0xFF}, {-1, 0, 0xFF},   {0, -1, 0xF0},
-        {0x7FFFFF00, 0x7FFFFF01, 0x10},    {INT32_MIN, INT32_MIN + 2, 0x20},        {0, 0xFF, 0xF0},
+        {0, 0, 0x00},
+        {1, 0, 0x01},
+        {0, 1, 0x10},
+        {15, 15, 0xFF},
+        {0, 0x12, 0x20},
+        {0x12, 0, 0x12},
+        {0x12, 4, 0x52},
+        {0x30, 0x05, 0x70},
+        {0x100, 0x10, 0x00},
+        {0x1FF, 0, 0xFF},
+        {-1, 0, 0xFF},
+        {0, -1, 0xF0},
+        {0x7FFFFF00, 0x7FFFFF01, 0x10},
+        {INT32_MIN, INT32_MIN + 2, 0x20},
+        {0, 0xFF, 0xF0},
     };
     for (const auto& byte : bytes) {
         for (const auto& wanted : rows) {

@@ -51,8 +51,8 @@ Outcome SiteSurveyTest::fill(const std::string& sites, int page) const {
     const Bytes datagram = request(check()).bytes();
     Outcome outcome{0, Bytes(1024), {}};
     const CapturedStderr captured;
-    outcome.length = fillFunction()(datagram.data(), outcome.reply.data(), 1024, page, exact.data(),
-                                    static_cast<int>(exact.size()));
+    outcome.length =
+        fillFunction()(datagram.data(), outcome.reply.data(), 1024, page, exact.data(), static_cast<int>(exact.size()));
     outcome.trace = linesOf(captured.text());
     return outcome;
 }

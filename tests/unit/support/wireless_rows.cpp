@@ -19,9 +19,9 @@ const std::vector<WepKeyRow>& wepKeyRows() {
         {0, 0, "abcdefghijklm", false},
         {0, 0, "0123456789", false},
         {0, 0, " !~\x7F ", true},
-        {0, 0, "abc\x1F" "e", false},
+        {0, 0, "abc\x1Fz", false},
         {0, 0, "abcd\x80", false},
-        {0, 0, "\xC3\xA9" "abc", false},
+        {0, 0, "\xC3\xA9xyz", false},
         {0, 1, "abcdefghijkl", false},
         {0, 1, "abcdefghijklm", true},
         {0, 1, "abcdefghijklmn", false},
@@ -82,11 +82,26 @@ const std::vector<PreSharedKeyRow>& preSharedKeyRows() {
     return rows;
 }
 
-Packet changeAccepted(const CommandRow& row) {
+// Words 0, 2 and 5000.
+static Packet changeAccepted(const CommandRow& row) {
     return reply(row).put(22, {0, 0, 0, 0, 2, 0, 0, 0, 0x88, 0x13, 0, 0});
 }
 
-Packet changeRefused(const CommandRow& row, std::uint8_t code) { return reply(row).put(16, {2}).put(22, {code}); }
+static Packet changeRefused(const CommandRow& row, std::uint8_t code) {
+    return reply(row).put(16, {2}).put(22, {code});
+}
+
+testing::AssertionResult changes(const CommandRow& row, int code, const Packet& packet) {
+    fake::clearEvents();
+    clearFlags();
+    const Outcome outcome = call(row.handler, packet.bytes());
+    const bool good = code == 0;
+    if (raisedFlags() != (good ? std::vector<std::string>{"g_nWifiReset=1"} : std::vector<std::string>{})) {
+        return testing::AssertionFailure() << "wrong flags";
+    }
+    if (!good && !fake::writes().empty()) return testing::AssertionFailure() << "something is written";
+    return replies(good ? changeAccepted(row) : changeRefused(row, static_cast<std::uint8_t>(code)), outcome);
+}
 
 void seedWireless() {
     fake::setFlag("WIRELESS", "Enable", 1);

@@ -1,5 +1,5 @@
-// What the tests of the full and of the short wireless commands share: key texts good and bad, the mirror's events, the
-// answers.
+// What the tests of the full and of the short wireless commands share: key texts good and bad, the answers,
+// the mirror's events.
 #pragma once
 
 #include <string>
@@ -25,11 +25,9 @@ struct PreSharedKeyRow {
 
 const std::vector<PreSharedKeyRow>& preSharedKeyRows();
 
-// The reply to an accepted change: words 0, 2 and 5000.
-Packet changeAccepted(const CommandRow& row);
-
-// The reply to a change refused with this code.
-Packet changeRefused(const CommandRow& row, std::uint8_t code);
+// Calls a handler with a fresh log. Code 0: accepted, with the flag raised; another: refused with that code, nothing
+// written and no flag raised.
+testing::AssertionResult changes(const CommandRow& row, int code, const Packet& packet);
 
 // Seeds every key of WIRELESS, and the mode of WIRELESS_REP, with values of their own.
 void seedWireless();

@@ -1,0 +1,242 @@
+// The second family beside the first: what it does the same, what it does otherwise, what it does not do.
+#include <algorithm>
+#include <map>
+#include <random>
+
+#include "service/dispatch.h"
+#include "support/daemon_run.h"
+#include "support/wireless_rows.h"
+
+namespace unit {
+namespace {
+
+using testing::IsEmpty;
+
+// Opcodes that both families serve in the same way, by the name of the handler.
+std::vector<std::string> sharedCommands() {
+    std::vector<std::string> names;
+    for (const CommandRow& row : allCommands()) {
+        if (row.family == &landapFamily() && row.name != "discovery" && row.name != "query_support_fun") {
+            names.push_back(row.name);
+        }
+    }
+    return names;
+}
+
+// What a handler did, without what tells the families apart.
+struct Deed {
+    int length;
+    Bytes reply;
+    fake::Events events;
+    std::vector<std::string> flags;
+    std::size_t traceLines;
+    bool operator==(const Deed&) const = default;
+};
+
+class Twins : public HandlerTest, public testing::WithParamInterface<std::string> {
+protected:
+    Deed deed(const Family& family, Packet packet) {
+        const CommandRow& row = command(family, GetParam());
+        TearDown();
+        SetUp();
+        fake::camera().region = 0;
+        fake::camera().iniFiles["/etc/wifi_channel.ini"] = {{"0", {"0", "1", "2", "3", "6"}}};
+        fake::camera().wireIds = {{3, 1}, {4, 2}};
+        fake::setTime(1718454896);
+        seedWireless();
+        fake::setFlag("WIRELESS_REP", "SameWithClient", 1);
+        packet.put(18, {family.protocol});
+        Outcome outcome = call(row.handler, packet.bytes());
+        if (outcome.length > 0) {
+            EXPECT_EQ(outcome.reply[18], family.protocol);
+            outcome.reply[18] = 0;
+        }
+        return {outcome.length, outcome.reply, fake::events(), raisedFlags(), outcome.trace.size()};
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Command, Twins, testing::ValuesIn(sharedCommands()),
+                         [](const auto& command) { return command.param; });
+
+// A payload of bytes that are mostly small, so that many a request passes its checks.
+Packet someRequest(const CommandRow& row, std::mt19937& random) {
+    Packet packet = request(row);
+    for (std::size_t offset = 150; offset < 1024; ++offset) {
+        const auto number = static_cast<std::uint32_t>(random());
+        const std::uint32_t byte = number % 8 < 5 ? 0 : number % 8 < 7 ? number >> 8 & 3 : number >> 8 & 0xFF;
+        packet.put(offset, {static_cast<std::uint8_t>(byte)});
+    }
+    if (random() % 4 != 0) packet.put(150, {1});
+    if (random() % 16 == 0) packet.put(86, {'x'});
+    if (random() % 16 == 0) packet.put(6 + random() % 6, {0x77});
+    return packet;
+}
+
+TEST_P(Twins, DoTheSame) {
+    std::mt19937 random(20240615);
+    std::map<int, int> statuses;
+    for (int round = 0; round < 60; ++round) {
+        SCOPED_TRACE(round);
+        const Packet packet = someRequest(command(primaryFamily(), GetParam()), random);
+        const Deed primary = deed(primaryFamily(), packet), second = deed(landapFamily(), packet);
+        EXPECT_TRUE(primary == second);
+        ++statuses[primary.length < 0 ? -1 : primary.reply[16]];
+    }
+    EXPECT_GE(statuses[-1], 1);
+    EXPECT_GE(statuses[3], 1);
+    EXPECT_GE(statuses[0] + statuses[2], 20);
+}
+
+TEST_P(Twins, ServeTheirOwnProtocolOnly) {
+    for (const Family* family : {&primaryFamily(), &landapFamily()}) {
+        const CommandRow& row = command(*family, GetParam());
+        for (int protocol = 0; protocol < 0x10000; protocol += protocol < 4 ? 1 : 0xF3D) {
+            if (protocol == family->protocol) continue;
+            const Bytes bytes{static_cast<std::uint8_t>(protocol & 0xFF), static_cast<std::uint8_t>(protocol >> 8)};
+            const Outcome outcome = call(row.handler, request(row).put(18, bytes).bytes());
+            EXPECT_TRUE(silent(outcome)) << protocol;
+            EXPECT_TRUE(traces(row, 2, outcome)) << protocol;
+        }
+    }
+    EXPECT_THAT(fake::events(), IsEmpty());
+    EXPECT_THAT(raisedFlags(), IsEmpty());
+}
+
+TEST(Dispatch, HasTwoFamilies) {
+    for (std::uint32_t protocol = 0; protocol < 0x10000; ++protocol) {
+        EXPECT_EQ(findFamily(static_cast<std::uint16_t>(protocol)) != nullptr, protocol == 1 || protocol == 2);
+    }
+    EXPECT_NE(findFamily(1), findFamily(2));
+}
+
+TEST(Dispatch, FindsEveryHandlerByItsOpcodeAndNoOther) {
+    for (const Family* family : {&primaryFamily(), &landapFamily()}) {
+        std::map<std::uint32_t, Handler> wanted;
+        for (const CommandRow& row : allCommands()) {
+            if (row.family == family && row.opcode != 0xAE) wanted[row.opcode] = row.handler;
+        }
+        EXPECT_EQ(wanted.size(), family == &primaryFamily() ? 18U : 16U);
+        for (std::uint32_t opcode = 0; opcode < 0x10000; ++opcode) {
+            const auto row = wanted.find(opcode);
+            EXPECT_EQ(findFamily(family->protocol)->find(static_cast<std::uint16_t>(opcode)),
+                      row == wanted.end() ? nullptr : row->second)
+                << opcode;
+        }
+    }
+}
+
+class LandapRun : public DaemonTest {
+protected:
+    static Bytes asking(std::uint16_t protocol, std::uint16_t opcode) {
+        Packet packet = request(command(primaryFamily(), "reboot"));  // with credentials
+        packet.put(4, {static_cast<std::uint8_t>(opcode & 0xFF), static_cast<std::uint8_t>(opcode >> 8)});
+        packet.put(18, {static_cast<std::uint8_t>(protocol & 0xFF), static_cast<std::uint8_t>(protocol >> 8)});
+        return packet.put(150, {1}).bytes();
+    }
+
+    // Runs the daemon on what was delivered. Nothing may come of it: no trace line but the receipt's, no reply, nothing
+    // asked of the camera.
+    static void expectSilence(std::size_t datagrams) {
+        fake::beforeWait([] { fake::record("end of script"); });
+        fake::wakeForNothing();
+        const DaemonRun run = runDaemon();
+        EXPECT_EQ(run.status, 0);
+        EXPECT_EQ(run.trace.size(), 2 + datagrams + 3);  // start and report, receipts, the stop's three
+        const std::vector<fake::Sent> sent = fake::sent();
+        ASSERT_EQ(sent.size(), 1U);
+        EXPECT_EQ(sent[0].to, "255.255.255.255:62976");
+        EXPECT_EQ(sent[0].bytes[18], 2);
+        const fake::Events events = fake::events();
+        const auto start = std::find(events.begin(), events.end(), "wait");
+        const auto end = std::find(events.begin(), events.end(), "end of script");
+        for (auto event = start; event != end; ++event) {
+            EXPECT_TRUE(*event == "wait" || event->rfind("recvfrom", 0) == 0) << *event;
+        }
+        EXPECT_GE(end - start, static_cast<std::ptrdiff_t>(2 * datagrams));
+    }
+};
+
+TEST_F(LandapRun, IsSilentForCommandsItDoesNotHave) {
+    std::vector<Bytes> datagrams{asking(1, 0x0103), asking(1, 0x0200), asking(1, 0x00A0), asking(1, 0x00C1),
+                                 asking(1, 0x01A1), asking(1, 0xFFA1), asking(1, 0x0000), asking(1, 0xA100)};
+    for (const std::uint16_t protocol : Bytes{1, 2}) {
+        datagrams.push_back(asking(protocol, 0x00AA));
+        for (std::uint16_t opcode = 0x00B2; opcode <= 0x00BF; ++opcode) datagrams.push_back(asking(protocol, opcode));
+    }
+    for (const Bytes& datagram : datagrams) fake::deliver(datagram);
+    expectSilence(datagrams.size());
+}
+
+TEST_F(LandapRun, IsSilentForOtherProtocols) {
+    std::vector<Bytes> datagrams;
+    for (const std::uint16_t protocol : std::vector<std::uint16_t>{0, 3, 4, 0x0100, 0x0101, 0x0102, 0x0200, 0xFFFF}) {
+        for (std::uint16_t opcode = 0x00A1; opcode <= 0x00C0; ++opcode) datagrams.push_back(asking(protocol, opcode));
+        datagrams.push_back(asking(protocol, 0x0103));
+        datagrams.push_back(asking(protocol, 0x0200));
+    }
+    for (const Bytes& datagram : datagrams) fake::deliver(datagram);
+    expectSilence(datagrams.size());
+}
+
+TEST_F(LandapRun, DescribesItselfInFewerBytes) {
+    fake::setText("INFO", "HWVersion", "A1");
+    fake::setTime(1718454896);
+    for (const Family* family : {&primaryFamily(), &landapFamily()}) {
+        const auto port = static_cast<std::uint16_t>(5000 + family->protocol);
+        fake::deliver(request(command(*family, "discovery")).fill(6, 6, 0xFF).first(22), port);
+    }
+    EXPECT_EQ(runDaemon().status, 0);
+    const std::vector<fake::Sent> primary = fake::sentTo("192.168.0.100:5002");
+    const std::vector<fake::Sent> landap = fake::sentTo("192.168.0.100:5001");
+    ASSERT_EQ(primary.size(), 1U);
+    ASSERT_EQ(landap.size(), 1U);
+    Packet expected(334);
+    expected.put(0, Bytes(primary[0].bytes.begin(), primary[0].bytes.begin() + 334));
+    expected.put(18, {0x01, 0x00, 0x38, 0x01}).put(214, {1, 0, 1, 0, 0, 0});
+    EXPECT_TRUE(sameBytes(expected.bytes(), landap[0].bytes));
+    ASSERT_EQ(primary[0].bytes.size(), 505U);
+    EXPECT_EQ(primary[0].bytes[214], 3);
+    EXPECT_EQ(primary[0].bytes[366], 'A');
+    const fake::Events reads = fake::eventsOf({"cfgRead"});
+    EXPECT_EQ(std::count(reads.begin(), reads.end(), "cfgRead INFO HWVersion"), 2);  // the report's and the primary's
+}
+
+TEST_F(LandapRun, AnswersTheSupportQueryToItsMacOnly) {
+    for (const Family* family : {&primaryFamily(), &landapFamily()}) {
+        const auto port = static_cast<std::uint16_t>(5000 + family->protocol);
+        const CommandRow& query = command(*family, "query_support_fun");
+        fake::deliver(request(query).fill(6, 6, 0xFF).first(22), port);
+        fake::deliver(request(query).put(16, {0x34, 0x12}).first(22), port);  // a selector of no meaning
+    }
+    EXPECT_EQ(runDaemon().status, 0);
+    EXPECT_EQ(fake::sentTo("192.168.0.100:5002").size(), 1U);  // to the broadcast
+    const std::vector<fake::Sent> landap = fake::sentTo("192.168.0.100:5001");
+    ASSERT_EQ(landap.size(), 1U);  // to its MAC
+    EXPECT_TRUE(sameBytes(reply(command(landapFamily(), "query_support_fun"))
+                              .put(22, {0xA6, 0, 0xA7, 0, 0xA8, 0, 0xA9, 0, 0xAB, 0, 0xAC, 0,
+                                        0xAD, 0, 0xAE, 0, 0xAF, 0, 0xB0, 0, 0xB1, 0, 0xC0, 0})
+                              .bytes(),
+                          landap[0].bytes));
+}
+
+// One family's request leaves what the other's would: the same work behind the reply, once.
+TEST_F(LandapRun, LeavesTheSameWorkBehindItsReplies) {
+    std::map<std::string, fake::Events> work;
+    for (const Family* family : {&primaryFamily(), &landapFamily()}) {
+        SetUp();
+        seedWireless();
+        fake::deliver(request(command(*family, "init_wifi_site_survey")).bytes());
+        fake::deliver(request(command(*family, "set_simple_wifi_info")).put(150, {1}).bytes());
+        fake::deliver(request(command(*family, "commit_setting")).bytes());
+        fake::deliver(request(command(*family, "factory_reset")).bytes());
+        fake::deliver(request(command(primaryFamily(), "discovery")).bytes());  // finds nothing left to do
+        EXPECT_EQ(runDaemon().status, 0);
+        work[family->name] = fake::eventsOf({"system", "getSiteList", "cfgWrite"});
+    }
+    EXPECT_EQ(work["primary"], work["landap"]);
+    EXPECT_GE(work["landap"].size(), 4U);
+    EXPECT_EQ(work["landap"].front(), "getSiteList 21844");
+}
+
+}  // namespace
+}  // namespace unit
