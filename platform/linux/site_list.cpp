@@ -1,3 +1,5 @@
+#include "site_list.h"
+
 #include <errno.h>
 #include <stdlib.h>
 #include <string.h>
@@ -17,10 +19,10 @@ static int readList(const char* path, char* buffer, int size) {
     return -1;
 }
 
-static int scan(char* buffer, int size) {
+int scanForNetworks(const char* devices, const char* classes, char* list, int size) {
     static char g_output[256 * 1024];
     char interface[IFNAMSIZ];
-    if (!firstWirelessInterface("/proc/net/dev", "/sys/class/net", interface)) {
+    if (!firstWirelessInterface(devices, classes, interface)) {
         complain("no list of networks: no wireless interface");
         return -1;
     }
@@ -31,11 +33,12 @@ static int scan(char* buffer, int size) {
         complain("no list of networks: iw dev %s scan failed", interface);
         return -1;
     }
-    return siteListFromScan(g_output, length, buffer, static_cast<size_t>(size)) < 0 ? -1 : 0;
+    return siteListFromScan(g_output, length, list, static_cast<size_t>(size)) < 0 ? -1 : 0;
 }
 
 int getSiteList(char* buffer, int size) {
     if (buffer == nullptr || size <= 0) return -1;
     const char* path = getenv("QVP_SITE_LIST");
-    return path != nullptr && path[0] != '\0' ? readList(path, buffer, size) : scan(buffer, size);
+    if (path != nullptr && path[0] != '\0') return readList(path, buffer, size);
+    return scanForNetworks("/proc/net/dev", "/sys/class/net", buffer, size);
 }

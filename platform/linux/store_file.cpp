@@ -138,6 +138,7 @@ static int change(const char* section, const char* name, const char* value) {
 
 int storeSet(const char* section, const char* name, const char* value) {
     if (change(section, name, value) == 0) return 0;
-    complain("cannot write %s/%s to %s: %s", section, name, storePath(), strerror(errno));
+    const char* reason = errno == EAGAIN ? "another program keeps it busy" : strerror(errno);
+    complain("cannot write %s/%s to %s: %s", section, name, storePath(), reason);
     return -1;
 }

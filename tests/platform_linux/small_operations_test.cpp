@@ -1,0 +1,68 @@
+// Users, the radio region and firmware images.
+#include <grp.h>
+#include <pwd.h>
+#include <unistd.h>
+
+#include <climits>
+
+#include "store_fixture.h"
+
+TEST(Users, HaveTheGroupOfTheSystemsDatabases) {
+    EXPECT_EQ(usrInit(0), 0);
+    TemporaryFolder etc;
+    writeFile(etc / "passwd",
+              "root:x:0:0::/:/bin/sh\nadmin:x:1000:20::/:/bin/sh\nguest:x:1001:30::/:/bin/sh\n"
+              "lost:x:1002:99::/:/bin/sh\n");
+    writeFile(etc / "group", "root:x:0:\nadministrators:x:20:\n" + std::string(300, 'g') + ":x:30:\n");
+    writeFile(etc / "nsswitch.conf", "passwd: files\ngroup: files\n");
+    if (!withPrivateEtc(etc.path(), [] {
+            EXPECT_STREQ(usrGetGroupName("admin"), "administrators");
+            EXPECT_STREQ(usrGetGroupName("root"), "root");
+            EXPECT_EQ(usrGetGroupName("guest"), std::string(255, 'g'));
+            for (const char* unknown : {"lost", "nobody-knows", "Admin", "admin ", ""}) {
+                EXPECT_STREQ(usrGetGroupName(unknown), "") << unknown;
+            }
+        })) {
+        GTEST_SKIP() << "no private /etc on this machine";
+    }
+}
+
+TEST(Users, AreThoseOfThisMachine) {
+    EXPECT_STREQ(usrGetGroupName(nullptr), "");
+    EXPECT_STREQ(usrGetGroupName("no-such-user-here"), "");
+    const passwd* self = getpwuid(geteuid());
+    if (self == nullptr) GTEST_SKIP() << "this user is in no database";
+    const std::string name = self->pw_name;
+    const group* own = getgrgid(self->pw_gid);
+    const std::string expected = own != nullptr ? own->gr_name : "";
+    EXPECT_EQ(usrGetGroupName(name.c_str()), expected);
+}
+
+TEST_F(StoreTest, HoldsTheRadioRegion) {
+    int region = -7;
+    EXPECT_EQ(HWMIB_getRegion(&region), -1);
+    put("[HWMIB]\nRegion=x\n");
+    EXPECT_EQ(HWMIB_getRegion(&region), -1);
+    EXPECT_EQ(region, -7);
+    EXPECT_EQ(HWMIB_getRegion(nullptr), -1);
+    put("[HWMIB]\nRegion=16\n");
+    EXPECT_EQ(HWMIB_getRegion(nullptr), -1);
+    EXPECT_EQ(HWMIB_getRegion(&region), 0);
+    EXPECT_EQ(region, 16);
+    put("[HWMIB]\nRegion=-2147483648\n");
+    EXPECT_EQ(HWMIB_getRegion(&region), 0);
+    EXPECT_EQ(region, INT_MIN);
+}
+
+TEST(Firmware, IsRefusedWithALineEach) {
+    char image[] = "image";
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(VerifyFWCode(image, 5), -1);
+    EXPECT_NE(UpgradeFWCode(image, 5), 0);
+    EXPECT_LE(cfgAesDecode(image, 5), 0);
+    EXPECT_NE(unpackCFG(image, 5), 0);
+    EXPECT_EQ(VerifyFWCode(nullptr, 0), -1);
+    const std::string lines = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), '\n'), 5);
+    EXPECT_STREQ(image, "image");
+}

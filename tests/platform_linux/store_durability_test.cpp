@@ -1,0 +1,318 @@
+// The store's file through power cuts, failures and other writers.
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+
+#include "file_calls.h"
+#include "store_fixture.h"
+
+namespace fs = std::filesystem;
+
+static const std::string kOld = "# factory\n[INFO]\nProduct=old\n\n[DDNS]\nUID=user\n";
+static const std::string kNew = "# factory\n[INFO]\nProduct=new\n\n[DDNS]\nUID=user\n";
+static const std::string kNext = "# factory\n[INFO]\nProduct=next\n\n[DDNS]\nUID=user\n";
+
+static struct stat fileStatus(const fs::path& path) {
+    struct stat status = {};
+    EXPECT_EQ(stat(path.c_str(), &status), 0);
+    return status;
+}
+
+static bool isOldOrNew(const std::string& bytes) { return bytes == kOld || bytes == kNew; }
+
+class StoreSteps : public StoreTest, public testing::WithParamInterface<size_t> {};
+
+// The writer ends at each of its system calls in turn, as in a power cut; the next writer must not notice.
+TEST_P(StoreSteps, LeaveTheOldStoreOrTheNewOneWhenTheWriterEnds) {
+    int olds = 0, news = 0;
+    for (int step = 1;; ++step) {
+        put(kOld);
+        const int status = inChild([&] {
+            CaughtFileCalls caught({.end_at = step, .most_bytes = GetParam()});
+            _exit(writeText("INFO", "Product", "new") == 0 ? 0 : 2);
+        });
+        const std::string left = bytes();
+        ASSERT_TRUE(isOldOrNew(left)) << "step " << step << ": " << left;
+        ++(left == kOld ? olds : news);
+        ASSERT_EQ(writeText("INFO", "Product", "next"), 0) << "step " << step;
+        ASSERT_EQ(bytes(), kNext) << "step " << step;
+        ASSERT_EQ(folder.names(), std::vector<std::string>{"camera.ini"}) << "step " << step;
+        if (status == 0) break;
+        ASSERT_EQ(status, kEndedAtCall) << "step " << step;
+    }
+    EXPECT_GE(olds, 9);  // look for the link, open, lock, read, make, write, sync, check, rename
+    EXPECT_GE(news, 2);  // sync the folder, close
+}
+
+// Each system call fails in turn.
+TEST_P(StoreSteps, LeaveTheOldStoreOrTheNewOneWhenACallFails) {
+    int failures = 0;
+    bool reached = true;
+    for (int step = 1; reached; ++step) {
+        put(kOld);
+        int result;
+        {
+            CaughtFileCalls caught({.fail_at = step, .error = EIO, .most_bytes = GetParam()});
+            result = writeText("INFO", "Product", "new");
+            reached = caught.made() >= step;
+        }
+        ASSERT_TRUE(isOldOrNew(bytes())) << "step " << step << ": " << bytes();
+        if (result == 0) {
+            ASSERT_EQ(bytes(), kNew) << "step " << step;
+        }
+        failures += result != 0;
+        ASSERT_EQ(folder.names(), std::vector<std::string>{"camera.ini"}) << "step " << step;
+    }
+    EXPECT_GE(failures, 10);  // all but the closes and the removal of a temporary file that is not there
+}
+
+// Whole writes, and pieces of 7 bytes.
+INSTANTIATE_TEST_SUITE_P(Pieces, StoreSteps, testing::Values(0, 7));
+
+TEST_F(StoreTest, IsWholeAfterInterruptedCalls) {
+    bool reached = true;
+    for (int step = 1; reached; ++step) {
+        put(kOld);
+        CaughtFileCalls caught({.interrupt_at = step, .most_bytes = 5});
+        ASSERT_EQ(writeText("INFO", "Product", "new"), 0) << "step " << step;
+        reached = caught.made() >= step;
+        ASSERT_EQ(bytes(), kNew) << "step " << step;
+    }
+}
+
+// What the write does in order: the new bytes are safe before they take the old ones' place, and then the folder is.
+TEST_F(StoreTest, IsSyncedBeforeAndAfterTheRename) {
+    put(kOld);
+    std::vector<std::string> order;
+    {
+        CaughtFileCalls caught({.before = [&](const std::string& name) {
+            if (name == "write" || name == "fsync" || name == "renameat") order.push_back(name);
+        }});
+        ASSERT_EQ(writeText("INFO", "Product", "new"), 0);
+    }
+    EXPECT_EQ(order, (std::vector<std::string>{"write", "fsync", "renameat", "fsync"}));
+}
+
+TEST_F(StoreTest, IsNotWrittenWhenNothingChanges) {
+    put(kOld);
+    const ino_t before = fileStatus(path()).st_ino;
+    const fs::file_time_type written = fs::last_write_time(path());
+    std::vector<std::string> writes;
+    {
+        CaughtFileCalls caught({.before = [&](const std::string& name) {
+            if (name == "write" || name == "fsync" || name == "renameat") writes.push_back(name);
+        }});
+        EXPECT_EQ(writeText("INFO", "Product", "old"), 0);
+    }
+    EXPECT_EQ(writes, std::vector<std::string>{});
+    EXPECT_EQ(fileStatus(path()).st_ino, before);
+    EXPECT_EQ(fs::last_write_time(path()), written);
+}
+
+// Somebody who knows no lock edits the store while it is being written.
+TEST_F(StoreTest, KeepsAnEditMadeBetweenReadAndRename) {
+    for (const bool replaced : {false, true}) {
+        for (const char* const moment : {"write", "fsync"}) {
+            put(kOld);
+            bool edited = false;
+            {
+                CaughtFileCalls caught({.before = [&](const std::string& name) {
+                    if (edited || name != moment) return;
+                    edited = true;
+                    if (replaced) fs::remove(path());
+                    put(kOld + "PWD=theirs\n");
+                }});
+                ASSERT_EQ(writeText("INFO", "Product", "new"), 0);
+            }
+            EXPECT_TRUE(edited);
+            EXPECT_EQ(bytes(), kNew + "PWD=theirs\n");
+        }
+    }
+}
+
+TEST_F(StoreTest, KeepsAStoreThatAppearsWhileTheFirstOneIsWritten) {
+    bool edited = false;
+    {
+        CaughtFileCalls caught({.before = [&](const std::string& name) {
+            if (edited || name != "fsync") return;
+            edited = true;
+            put(kOld);
+        }});
+        ASSERT_EQ(writeText("INFO", "Product", "new"), 0);
+    }
+    EXPECT_EQ(bytes(), kNew);
+}
+
+TEST_F(StoreTest, GivesWayToAnEditorThatNeverRests) {
+    put(kOld);
+    int edits = 0;
+    {
+        CaughtFileCalls caught({.before = [&](const std::string& name) {
+            if (name == "fsync") put(kOld + "#" + std::string(static_cast<size_t>(++edits), 'x'));
+        }});
+        EXPECT_EQ(writeText("INFO", "Product", "new"), -1);
+    }
+    EXPECT_GT(edits, 1);
+    EXPECT_EQ(bytes(), kOld + "#" + std::string(static_cast<size_t>(edits), 'x'));
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"camera.ini"});
+}
+
+TEST_F(StoreTest, LosesNoWriteOfSeveralProcesses) {
+    const char* const keys[] = {"IP", "SubnetMask", "Gateway", "DNS0"};
+    constexpr int kWrites = 20;
+    put("[NETWORK_V4]\n");
+    std::vector<pid_t> writers;
+    for (const char* key : keys) {
+        writers.push_back(fork());
+        if (writers.back() != 0) continue;
+        bool good = true;
+        for (int number = 1; number <= kWrites && good; ++number) {
+            const std::string value = std::string(static_cast<size_t>(number), key[0]);
+            good = writeText("NETWORK_V4", key, value) == 0 && storedText("NETWORK_V4", key) == value;
+        }
+        _exit(good ? 0 : 1);
+    }
+    for (const pid_t writer : writers) {
+        int status = -1;
+        EXPECT_EQ(waitpid(writer, &status, 0), writer);
+        EXPECT_EQ(status, 0);
+    }
+    for (const char* key : keys) EXPECT_EQ(storedText("NETWORK_V4", key), std::string(kWrites, key[0]));
+    const std::string file = bytes();
+    EXPECT_EQ(std::count(file.begin(), file.end(), '\n'), 5);
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"camera.ini"});
+}
+
+TEST_F(StoreTest, WaitsForAnotherWriterOnlySoLong) {
+    put(kOld);
+    const int other = open(folder.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ASSERT_EQ(flock(other, LOCK_EX), 0);
+    EXPECT_EQ(writeText("INFO", "Product", "new"), -1);
+    EXPECT_EQ(bytes(), kOld);
+    int tries = 0;
+    {
+        CaughtFileCalls caught({.before = [&](const std::string& name) {
+            if (name == "flock" && ++tries == 3) flock(other, LOCK_UN);
+        }});
+        EXPECT_EQ(writeText("INFO", "Product", "new"), 0);
+    }
+    EXPECT_EQ(tries, 3);
+    EXPECT_EQ(bytes(), kNew);
+    close(other);
+}
+
+TEST_F(StoreTest, IsReplacedBehindItsLinks) {
+    fs::create_directories(folder / "data/flash");
+    const fs::path target = folder / "data/flash/store";
+    const fs::path direct = folder / "data/direct.ini";
+    fs::create_symlink("flash/store", direct);
+    fs::create_symlink(direct, path());
+    for (const bool exists : {false, true}) {
+        if (exists) writeFile(target, kOld);
+        ASSERT_EQ(writeText("INFO", "Product", "new"), 0);
+        EXPECT_TRUE(fs::is_symlink(path()));
+        EXPECT_TRUE(fs::is_symlink(direct));
+        EXPECT_FALSE(fs::is_symlink(target));
+        EXPECT_EQ(readFile(target), exists ? kNew : "[INFO]\nProduct=new\n");
+        EXPECT_EQ(storedText("INFO", "Product"), "new");
+    }
+    EXPECT_EQ(folder.names(), (std::vector<std::string>{"camera.ini", "data"}));
+}
+
+TEST_F(StoreTest, RefusesAnEndlessLink) {
+    fs::create_symlink("camera.ini", path());
+    EXPECT_EQ(writeText("INFO", "Product", "new"), -1);
+    EXPECT_EQ(storedText("INFO", "Product"), std::nullopt);
+    EXPECT_TRUE(fs::is_symlink(path()));
+}
+
+TEST_F(StoreTest, KeepsItsModeAndOwner) {
+    ASSERT_EQ(writeText("INFO", "Product", "a"), 0);
+    EXPECT_EQ(fileStatus(path()).st_mode & 07777, 0600U);
+    ASSERT_EQ(chmod(path().c_str(), 0640), 0);
+    const bool superuser = geteuid() == 0;
+    if (superuser) {
+        ASSERT_EQ(chown(path().c_str(), 12, 34), 0);
+    }
+    ASSERT_EQ(writeText("INFO", "Product", "b"), 0);
+    EXPECT_EQ(fileStatus(path()).st_mode & 07777, 0640U);
+    if (superuser) {
+        EXPECT_EQ(fileStatus(path()).st_uid, 12U);
+        EXPECT_EQ(fileStatus(path()).st_gid, 34U);
+    }
+}
+
+TEST_F(StoreTest, IsNotLedAstrayByWhatStandsInTheTemporaryFilesPlace) {
+    put(kOld);
+    writeFile(folder / "victim", "mine");
+    fs::create_symlink("victim", folder / "camera.ini.new");
+    EXPECT_EQ(writeText("INFO", "Product", "new"), 0);
+    EXPECT_EQ(readFile(folder / "victim"), "mine");
+    EXPECT_FALSE(fs::is_symlink(path()));
+    EXPECT_EQ(bytes(), kNew);
+
+    fs::create_directory(folder / "camera.ini.new");
+    EXPECT_EQ(writeText("INFO", "Product", "newer"), -1);
+    EXPECT_EQ(bytes(), kNew);
+}
+
+TEST_F(StoreTest, HasABoundOfSize) {
+    const std::string rest(64 * 1024 - kOld.size() - 2, 'x');
+    put(kOld + "#" + rest + "\n");
+    EXPECT_EQ(storedText("INFO", "Product"), "old");
+    EXPECT_EQ(writeText("INFO", "Product", "new"), 0);
+    EXPECT_EQ(bytes(), kNew + "#" + rest + "\n");
+    EXPECT_EQ(writeText("INFO", "Product", "more"), -1);
+    EXPECT_EQ(bytes(), kNew + "#" + rest + "\n");
+    put(kOld + "##" + rest + "\n");
+    EXPECT_EQ(storedText("INFO", "Product"), std::nullopt);
+    EXPECT_EQ(writeText("INFO", "Product", ""), -1);
+    EXPECT_EQ(bytes(), kOld + "##" + rest + "\n");
+}
+
+TEST_F(StoreTest, SaysWhatWentWrong) {
+    setenv("QVP_STORE", (folder.path() + "/none/camera.ini").c_str(), 1);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(writeText("INFO", "Product", "new"), -1);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "qvp platform: cannot write INFO/Product to " + folder.path() +
+                                                          "/none/camera.ini: No such file or directory\n");
+}
+
+// A full disk, made by a limit on the size of files.
+TEST_F(StoreTest, StaysOldOnAFullDisk) {
+    put(kOld);
+    const int status = inChild([&] {
+        signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit = {20, 20};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        _exit(writeText("INFO", "Product", "new") == -1 ? 0 : 1);
+    });
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(bytes(), kOld);
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"camera.ini"});
+}
+
+TEST_F(StoreTest, LeaksNoDescriptor) {
+    put(kOld);
+    const auto next = [] {
+        const int descriptor = open("/dev/null", O_RDONLY | O_CLOEXEC);
+        close(descriptor);
+        return descriptor;
+    };
+    const int before = next();
+    bool reached = true;
+    for (int step = 1; reached; ++step) {
+        CaughtFileCalls caught({.fail_at = step, .error = EIO});
+        writeText("INFO", "Product", step % 2 == 0 ? "even" : "odd");
+        storedText("INFO", "Product");
+        reached = caught.made() >= step;
+    }
+    EXPECT_EQ(next(), before);
+}
