@@ -1,0 +1,246 @@
+// What becomes of the stored clock settings once a set command was answered.
+#include "util/date_time.h"
+
+#include <errno.h>
+#include <signal.h>
+
+#include <cstdlib>
+
+#include "support/captured_stderr.h"
+#include "support/handler_test.h"
+
+namespace unit {
+namespace {
+
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::IsEmpty;
+
+const std::string kRtc = "system /usr/sbin/rtcfg -w 2>/dev/null 1>/dev/null";
+const std::string kNotice = "system /usr/sbin/msger camsvr 0 ctimeupdate 0 1 2>/dev/null 1>/dev/null";
+const std::string kNtpStop = "system /etc/init.d/ntpc.sh stop 2>/dev/null 1>/dev/null";
+const std::string kNtpState = "system /usr/sbin/msger sinfo 0 sntpstate 0 0 2>/dev/null 1>/dev/null";
+const std::string kNtpStart = "system /etc/init.d/ntpc.sh start 2>/dev/null 1>/dev/null";
+
+class DateTime : public HandlerTest {
+protected:
+    void SetUp() override {
+        HandlerTest::SetUp();
+        sigprocmask(SIG_SETMASK, nullptr, &mask_);
+        fake::setNumber("DATETIME", "TimeZone", 5);
+    }
+
+    void TearDown() override {
+        sigprocmask(SIG_SETMASK, &mask_, nullptr);
+        HandlerTest::TearDown();
+    }
+
+    // Applies the settings; everything it did to the system, in order.
+    fake::Events apply(const char* text) {
+        fake::clearEvents();
+        const CapturedStderr captured;
+        reset_datetime(text);
+        trace_ = captured.text();
+        return fake::eventsOf({"set_timezone", "system", "clock_settime", "sleep"});
+    }
+
+    void setRule(const std::string& offset, const std::string& start, const std::string& stop) {
+        fake::setFlag("DATETIME", "DayLightSaving", 1);
+        fake::setText("DATETIME", "Offset", offset);
+        fake::setText("DATETIME", "Starttime", start);
+        fake::setText("DATETIME", "Stoptime", stop);
+    }
+
+    sigset_t mask_;
+    std::string trace_;
+};
+
+TEST_F(DateTime, OfANullTextIsNothing) {
+    EXPECT_THAT(apply(nullptr), IsEmpty());
+    EXPECT_THAT(fake::events(), IsEmpty());
+}
+
+TEST_F(DateTime, OfAnEmptyTextAppliesTheZoneAlone) {
+    EXPECT_THAT(apply(""), ElementsAre("set_timezone 0 5 0 null", kNotice));
+    EXPECT_EQ(trace_, "");
+}
+
+TEST_F(DateTime, ByHandSetsTheClockBetweenTwoNotices) {
+    EXPECT_THAT(apply("2024/06/15 12:34:56"), ElementsAre("set_timezone 0 5 0 null", kNotice, kNtpStop,
+                                                          "clock_settime 1718454896", kRtc, kNotice, kNotice));
+    EXPECT_EQ(trace_, "stop ntpclient\n");
+}
+
+TEST_F(DateTime, ByHandGoesOnWhenTheClockCannotBeSet) {
+    fake::failCall("clock_settime", 1, EPERM);
+    EXPECT_THAT(apply("2024/06/15 12:34:56"),
+                ElementsAre("set_timezone 0 5 0 null", kNotice, kNtpStop, "clock_settime 1718454896", kNotice));
+    fake::failCall("mktime", 1, EOVERFLOW);
+    EXPECT_THAT(apply("2024/06/15 12:34:56"), ElementsAre("set_timezone 0 5 0 null", kNotice, kNtpStop, kNotice));
+}
+
+TEST_F(DateTime, ByNtpRestartsTheClientAndWaitsEightSeconds) {
+    fake::setNumber("DATETIME", "Protocol", 1);
+    for (const char* text : {"", "2024/06/15 12:34:56"}) {
+        const std::int64_t before = fake::slept();
+        fake::Events events = apply(text);
+        events.back() = events.back().substr(0, 5);
+        EXPECT_THAT(events, ElementsAre("set_timezone 0 5 0 null", kNotice, kNtpStop, kNtpState, kNtpStart, "sleep"));
+        EXPECT_EQ(trace_, "start ntpclient\n");
+        EXPECT_NEAR(static_cast<double>(fake::slept() - before), 8e9, 1e9);
+    }
+}
+
+TEST_F(DateTime, ByNtpWaitsTheWholeTimeThroughSignals) {
+    fake::setNumber("DATETIME", "Protocol", 1);
+    signal(SIGALRM, [](int) {});
+    const std::int64_t before = fake::slept();
+    fake::interruptSleep(1, SIGALRM);
+    const fake::Events events = apply("");
+    EXPECT_EQ(events.size(), 7u);  // two sleeps
+    EXPECT_NEAR(static_cast<double>(fake::slept() - before), 8e9, 1e9);
+    signal(SIGALRM, SIG_DFL);
+}
+
+TEST_F(DateTime, FollowsNtpForProtocolOneOnly) {
+    for (const std::int32_t protocol : {0, 2, -1, 257}) {
+        fake::setNumber("DATETIME", "Protocol", protocol);
+        EXPECT_THAT(apply(""), ElementsAre("set_timezone 0 5 0 null", kNotice)) << protocol;
+    }
+}
+
+TEST_F(DateTime, ReadsItsSettingsFirst) {
+    apply("");
+    EXPECT_THAT(fake::eventsOf({"cfgRead"}), ElementsAre("cfgRead DATETIME TimeZone", "cfgRead DATETIME DayLightSaving",
+                                                         "cfgRead DATETIME Protocol"));
+    fake::setFlag("DATETIME", "DayLightSaving", 1);
+    apply("");
+    EXPECT_THAT(fake::eventsOf({"cfgRead"}),
+                ElementsAre("cfgRead DATETIME TimeZone", "cfgRead DATETIME DayLightSaving", "cfgRead DATETIME Protocol",
+                            "cfgRead DATETIME DstAuto", "cfgRead DATETIME Offset", "cfgRead DATETIME Starttime",
+                            "cfgRead DATETIME Stoptime"));
+}
+
+TEST_F(DateTime, LeavesAutomaticDaylightSavingToTheZone) {
+    setRule("", "", "");
+    for (const std::uint8_t on : Bytes{1, 2, 255}) {
+        fake::setFlag("DATETIME", "DayLightSaving", on);
+        fake::setFlag("DATETIME", "DstAuto", on);
+        EXPECT_THAT(apply(""), ElementsAre("set_timezone 0 5 1 null", kNotice)) << int{on};
+    }
+}
+
+TEST_F(DateTime, HandsTheRuleOnAsElevenNumbers) {
+    const struct {
+        const char *offset, *start, *stop, *rule;
+    } rows[] = {
+        {"-00:30", "M3.5.0/2:0:0", "M10.5.0/3:0:0", "-30,3,5,0,2,0,10,5,0,3,0"},
+        {"+01:00", "M3.2.0/2:0:0", "M11.1.0/2:0:0", "60,3,2,0,2,0,11,1,0,2,0"},
+        {"01:00", "M10.1.0/2:0:0", "M4.1.0/3:0:0", "60,10,1,0,2,0,4,1,0,3,0"},
+        {"-01:30", "M3.5.6/23:59:59", "M9.4.5/0:1:7", "-90,3,5,6,23,59,9,4,5,0,1"},
+        {"+00:20", "M03.05.00/02:05:00", "M10.5.0/3:0:0 tail", "20,3,5,0,2,5,10,5,0,3,0"},
+        {"x2:15", "M99.-1.7/25:61:0", "M0.0.0/-1:0:0", "135,99,-1,7,25,61,0,0,0,-1,0"},
+        {"+ 1: 5", "M 3. 5. 0/ 2: 0: 0", "M10.5.0/3:0:0", "65,3,5,0,2,0,10,5,0,3,0"},
+        {"--1:10", "M3.5.0/2:0:0", "M10.5.0/3:0:0", "50,3,5,0,2,0,10,5,0,3,0"},
+    };
+    for (const auto& row : rows) {
+        setRule(row.offset, row.start, row.stop);
+        EXPECT_THAT(apply(""), ElementsAre(std::string("set_timezone 0 5 2 ") + row.rule, kNotice)) << row.offset;
+    }
+}
+
+TEST_F(DateTime, EndsEarlyForARuleThatCannotBeRead) {
+    const std::string start = "M3.5.0/2:0:0", stop = "M10.5.0/3:0:0";
+    const struct {
+        std::string offset, start, stop;
+    } rows[] = {
+        {"", start, stop},
+        {"+", start, stop},
+        {"1", start, stop},
+        {"+1", start, stop},
+        {"+1:", start, stop},
+        {"+:30", start, stop},
+        {"+1.30", start, stop},
+        {":30", start, stop},
+        {"+x:30", start, stop},
+        {"+1:00", "", stop},
+        {"+1:00", "M3.5.0/2:0", stop},
+        {"+1:00", "3.5.0/2:0:0", stop},
+        {"+1:00", "m3.5.0/2:0:0", stop},
+        {"+1:00", " M3.5.0/2:0:0", stop},
+        {"+1:00", "M3.5.0 2:0:0", stop},
+        {"+1:00", "M3-5-0/2:0:0", stop},
+        {"+1:00", start, ""},
+        {"+1:00", start, "M10.5.0/3:0"},
+        {"+1:00", start, "M10.5/3:0:0"},
+        {"+1:00", start, "J60/3:0:0"},
+    };
+    for (const std::int32_t protocol : {0, 1}) {
+        fake::setNumber("DATETIME", "Protocol", protocol);
+        for (const auto& row : rows) {
+            setRule(row.offset, row.start, row.stop);
+            EXPECT_THAT(apply("2024/06/15 12:34:56"), IsEmpty()) << row.offset << " " << row.start << " " << row.stop;
+            EXPECT_EQ(trace_, "");
+        }
+    }
+}
+
+TEST_F(DateTime, SurvivesRulesOfAnyLengthAndSize) {
+    setRule(std::string(255, '9'), std::string(255, 'M'), std::string(255, '.'));
+    EXPECT_THAT(apply(""), IsEmpty());
+    setRule("+99999999:99999999", "M3.5.0/2:0:0", "M10.5.0/3:0:0");
+    EXPECT_THAT(apply(""), testing::SizeIs(2));
+    setRule("-" + std::string(40, '9') + ":1", "M3.5.0/2:0:0", "M10.5.0/3:0:0");
+    apply("");
+}
+
+TEST_F(DateTime, IgnoresAZoneThatCannotBeSet) {
+    fake::failCall("set_timezone", 1, EACCES);
+    EXPECT_THAT(apply(""), ElementsAre("set_timezone 0 5 0 null", kNotice));
+}
+
+TEST_F(DateTime, ReadsTheTextInTheZoneJustSet) {
+    fake::camera().zoneTexts = {{5, "CET-1CEST,M3.5.0,M10.5.0/3"}};
+    const fake::Events events = apply("2024/06/15 12:34:56");
+    EXPECT_THAT(events, testing::Contains("clock_settime 1718447696"));  // 10:34:56 UTC
+}
+
+class SetClock : public HandlerTest {
+protected:
+    fake::Events set(const char* text, int expected) {
+        fake::clearEvents();
+        EXPECT_EQ(set_current_date_time(text), expected) << text;
+        return fake::events();
+    }
+};
+
+TEST_F(SetClock, ReadsTheFieldsByPosition) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"2024/06/15 12:34:56", "1718454896"},          {"2024-06-15T12.34.56", "1718454896"},
+        {"2024x06x15x12x34x56 and more", "1718454896"}, {"1970/01/01 00:00:01", "1"},
+        {"2024/02/30 10:00:00", "1709287200"},                                                  // 1 March
+        {"2024/02/29 10:00:00", "1709200800"},          {"2023/12/31 23:59:60", "1704067200"},  // the next year
+        {"2024/6 /5  1 :2 :3 ", "1717549323"},  // atoi stops at the blank
+    };
+    for (const auto& [text, seconds] : rows) {
+        EXPECT_THAT(set(text, 0), ElementsAre(std::string("clock_settime ") + seconds, kRtc, kNotice)) << text;
+    }
+}
+
+TEST_F(SetClock, LetsTheZoneDecideAboutDaylightSaving) {
+    setenv("TZ", "EST5EDT,M3.2.0,M11.1.0", 1);
+    EXPECT_THAT(set("2024/07/04 12:00:00", 0), testing::Contains("clock_settime 1720108800"));
+    EXPECT_THAT(set("2024/01/04 12:00:00", 0), testing::Contains("clock_settime 1704387600"));
+    setenv("TZ", "UTC0", 1);
+    EXPECT_THAT(set("2024/01/04 12:00:00", 0), testing::Contains("clock_settime 1704369600"));
+}
+
+TEST_F(SetClock, FailsWithoutACommand) {
+    fake::failCall("mktime", 1, EOVERFLOW);
+    EXPECT_THAT(set("2024/06/15 12:34:56", -1), IsEmpty());
+    fake::failCall("clock_settime", 1, EPERM);
+    EXPECT_THAT(set("2024/06/15 12:34:56", -1), ElementsAre("clock_settime 1718454896"));
+}
+
+}  // namespace
+}  // namespace unit
