@@ -36,6 +36,7 @@ static void serveSiteSurvey(const FamilyDispatch& family, const uint8_t* request
     int length = family.checkSiteSurvey(request, reply, kCapacity, &accepted);
     if (length <= 0) return;
     if (accepted == 0) return sendReply(reply, length, sender);
+    if (accepted != 1) return;
     for (int page = 0;; page++) {
         length = family.fillSiteSurvey(request, reply, kCapacity, page, g_pSiteSurveyBuffer, kSiteSurveyBufferSize);
         if (length <= 0 && page > 0) return;
