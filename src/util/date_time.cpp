@@ -30,9 +30,8 @@ static void readRuleText(const char* key, size_t most, char (&text)[kTextSize]) 
     text[most] = '\0';
 }
 
-static bool readShift(int32_t& minutes) {
-    char text[kTextSize];
-    readRuleText("Offset", 15, text);
+// "<sign><hours>:<minutes>".
+static bool parseShift(const char* text, int32_t& minutes) {
     int hours = 0;
     int rest = 0;
     if (text[0] == '\0' || sscanf(text + 1, "%d:%d", &hours, &rest) != 2) return false;
@@ -48,14 +47,16 @@ static bool parseRuleDate(const char* text, RuleDate& date) {
 }
 
 static bool readRule(TimezoneRule& rule) {
+    char offsetText[kTextSize];
     char startText[kTextSize];
     char stopText[kTextSize];
     RuleDate start;
     RuleDate stop;
     int32_t shift = 0;
-    if (!readShift(shift)) return false;
+    readRuleText("Offset", 15, offsetText);
     readRuleText("Starttime", 31, startText);
     readRuleText("Stoptime", 31, stopText);
+    if (!parseShift(offsetText, shift)) return false;
     if (!parseRuleDate(startText, start) || !parseRuleDate(stopText, stop)) return false;
     rule = {shift,      start.month, start.week,   start.weekday, start.hour, start.minute,
             stop.month, stop.week,   stop.weekday, stop.hour,     stop.minute};
