@@ -160,11 +160,14 @@ static constexpr TimeZone kTimeZones[] = {
 
 static constexpr int kCount = sizeof kTimeZones / sizeof kTimeZones[0];
 
+static constexpr bool isBefore(const TimeZone& one, const TimeZone& other) {
+    return one.id < other.id && one.wireId < other.wireId &&
+           readStandardTime(one.rule).offset <= readStandardTime(other.rule).offset;
+}
+
 static constexpr bool isSorted() {
     for (int row = 1; row < kCount; row++)
-        if (kTimeZones[row].id <= kTimeZones[row - 1].id || kTimeZones[row].wireId <= kTimeZones[row - 1].wireId ||
-            readStandardTime(kTimeZones[row].rule).offset < readStandardTime(kTimeZones[row - 1].rule).offset)
-            return false;
+        if (!isBefore(kTimeZones[row - 1], kTimeZones[row])) return false;
     return true;
 }
 

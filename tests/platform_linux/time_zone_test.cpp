@@ -4,6 +4,7 @@
 
 #include <climits>
 #include <iterator>
+#include <ostream>
 #include <set>
 
 #include "../../platform/linux/time_zone.h"
@@ -58,6 +59,10 @@ struct TextRow {
     TimezoneRule rule;
     const char* text;
 };
+
+static void PrintTo(const TextRow& row, std::ostream* out) {
+    *out << "zone " << row.id << " mode " << row.mode << " " << row.text;
+}
 
 class InstalledText : public testing::TestWithParam<TextRow> {};
 
@@ -120,6 +125,15 @@ struct RefusedRow {
     TimezoneRule rule;
 };
 
+static void PrintTo(const RefusedRow& row, std::ostream* out) {
+    const TimezoneRule& rule = row.rule;
+    *out << "zone " << row.id << " mode " << row.mode << " shift " << rule.shift_minutes;
+    *out << " from " << rule.start_month << " " << rule.start_week << " " << rule.start_weekday;
+    *out << " " << rule.start_hour << " " << rule.start_minute;
+    *out << " to " << rule.stop_month << " " << rule.stop_week << " " << rule.stop_weekday;
+    *out << " " << rule.stop_hour << " " << rule.stop_minute;
+}
+
 class Refused : public testing::TestWithParam<RefusedRow> {};
 
 TEST_P(Refused, ChangesNothing) {
@@ -166,11 +180,12 @@ static std::vector<RefusedRow> rulesWithOneBadNumber() {
         {&Rule::stop_minute,   {-1, 60, INT_MIN, INT_MAX}     },
     };
     std::vector<RefusedRow> rows;
-    for (const Bad& bad : bads)
+    for (const Bad& bad : bads) {
         for (int32_t value : bad.values) {
             rows.push_back({510, 2, kEurope});
             rows.back().rule.*bad.number = value;
         }
+    }
     return rows;
 }
 

@@ -1,11 +1,15 @@
 // Every zone with both its numbers, and the entry of the system's zone database that must agree with it.
 #pragma once
 
+#include <ostream>
+
 struct ZoneRow {
     int id;
     int wireId;
     const char* zoneinfo;
 };
+
+inline void PrintTo(const ZoneRow& row, std::ostream* out) { *out << row.id << " " << row.zoneinfo; }
 
 // Casablanca (580) stands beside a fixed zone: the pause of its summer time in Ramadan follows the moon.
 inline constexpr ZoneRow kZoneRows[] = {

@@ -74,7 +74,7 @@ int64_t utc(const std::string& text) {
 std::vector<std::string> shownBy(const std::string& command, const std::vector<int64_t>& moments) {
     TemporaryFolder folder;
     std::string text;
-    for (int64_t moment : moments) text += "@" + std::to_string(moment) + "\n";
+    for (int64_t moment : moments) text.append("@").append(std::to_string(moment)).append("\n");
     writeFile(folder / "moments", text);
 
     std::vector<std::string> lines;
