@@ -22,6 +22,7 @@ TEST(LongText, EndsAtItsNulAt255BytesOrAtTheDatagramsEnd) {
         const std::size_t most = std::min<std::size_t>(255, 1024 - from);
         EXPECT_EQ(taken(full, from), std::string(most, 'x'));
         for (const std::size_t length : {std::size_t{0}, std::size_t{1}, most - 1}) {
+            if (length >= most) continue;
             Bytes ended = full;
             ended[from + length] = 0;
             EXPECT_EQ(taken(ended, from), std::string(length, 'x'));

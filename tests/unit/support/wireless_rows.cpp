@@ -71,7 +71,7 @@ const std::vector<PreSharedKeyRow>& preSharedKeyRows() {
         {repeated(62, "x ") + "\xFF", false},
         {repeated(64, "0123456789abcdefABCDEF"), true},
         {repeated(63, "0") + "g", false},
-        {"x" + repeated(63, "0"), false},
+        {std::string("x") + repeated(63, "0"), false},
         {repeated(64, "x "), false},
         {repeated(65, "0"), false},
         {repeated(67, "0"), false},
