@@ -2,11 +2,10 @@
 
 #include <ifaddrs.h>
 #include <net/if.h>
-#include <netinet/in.h>
+#include <sys/socket.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <memory>
 
 #include "qvpctl/failure.h"
@@ -24,13 +23,7 @@ static AddressList addresses() {
 
 static bool isIpv4(const ifaddrs& entry) { return entry.ifa_addr != nullptr && entry.ifa_addr->sa_family == AF_INET; }
 
-static Interface interfaceOf(const ifaddrs& entry) {
-    sockaddr_in address;
-    memcpy(&address, entry.ifa_addr, sizeof address);
-    Interface result{entry.ifa_name, if_nametoindex(entry.ifa_name), {}};
-    memcpy(result.address.bytes, &address.sin_addr, sizeof result.address.bytes);
-    return result;
-}
+static Interface interfaceOf(const ifaddrs& entry) { return {entry.ifa_name, if_nametoindex(entry.ifa_name)}; }
 
 static Failure interfaceFailure(const std::string& name, const char* reason) {
     return Failure(kSystemError, "interface " + printable(name) + ": " + reason);
@@ -41,7 +34,7 @@ std::vector<Interface> broadcastInterfaces() {
     const AddressList list = addresses();
     for (const ifaddrs* entry = list.get(); entry != nullptr; entry = entry->ifa_next) {
         const unsigned wanted = IFF_UP | IFF_BROADCAST;
-        if (!isIpv4(*entry) || (entry->ifa_flags & (wanted | IFF_LOOPBACK)) != wanted) {
+        if (!isIpv4(*entry) || (entry->ifa_flags & wanted) != wanted) {
             continue;
         }
         const Interface found = interfaceOf(*entry);

@@ -4,15 +4,12 @@
 #include <string>
 #include <vector>
 
-#include "protocol/bytes.h"
-
 struct Interface {
     std::string name;
     unsigned index;
-    Ipv4 address;  // its first
 };
 
-// Every interface that is up, can broadcast and has an IPv4 address; loopback is none of them.
+// Every interface that is up, can broadcast and has an IPv4 address; loopback cannot.
 std::vector<Interface> broadcastInterfaces();
 
 // The interface of that name, loopback or not. Throws Failure when it is missing, down or without an IPv4 address.

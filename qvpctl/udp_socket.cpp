@@ -87,7 +87,6 @@ int UdpSocket::broadcast(const Interface& interface, uint16_t port, std::span<co
     header->cmsg_len = CMSG_LEN(sizeof(in_pktinfo));
     in_pktinfo origin{};
     origin.ipi_ifindex = static_cast<int>(interface.index);
-    memcpy(&origin.ipi_spec_dst, interface.address.bytes, sizeof interface.address.bytes);
     memcpy(CMSG_DATA(header), &origin, sizeof origin);
     return sendmsg(descriptor_, &message, 0) < 0 ? errno : 0;
 }

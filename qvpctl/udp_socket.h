@@ -32,7 +32,7 @@ public:
 
     int descriptor() const { return descriptor_; }
 
-    // To 255.255.255.255:`port` out of that interface, from its address. 0, or an errno value.
+    // To 255.255.255.255:`port` out of that interface, from the address the system has for it. 0, or an errno value.
     [[nodiscard]] int broadcast(const Interface& interface, uint16_t port, std::span<const uint8_t> bytes) const;
 
     std::optional<Datagram> receive() const;  // nothing when none is waiting

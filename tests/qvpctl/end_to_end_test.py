@@ -194,6 +194,16 @@ def test_finds_cameras_on_every_interface_or_on_the_named_one(network):
     assert (before > 0, unasked.close()) == (True, [])
 
 
+def test_two_interfaces_of_one_address_are_both_searched(network):
+    network.camera(network.link(), answers=[reply("020000000001", b"A")])
+    network.camera(network.link(), answers=[reply("020000000002", b"B")])
+    network.tool_host.run("ip", "address", "flush", "dev", "tool1")
+    network.tool_host.run("ip", "address", "add", "10.9.0.1/24", "brd", "+", "dev", "tool1")
+    network.hosts[2].run("ip", "route", "add", "10.9.0.1/32", "dev", "cam0")
+    found = [json.loads(line) for line in network.run_tool("discover", "--wait", "0.5", "--json").stdout.splitlines()]
+    assert sorted((camera["name"], camera["interface"]) for camera in found) == [("A", "tool0"), ("B", "tool1")]
+
+
 def test_finds_a_camera_of_another_subnet(network):
     host = network.link()
     host.run("ip", "address", "flush", "dev", "cam0")
