@@ -95,7 +95,15 @@ class Camera:
         output, _ = self._starting.communicate()
         assert self._starting.returncode == 0, f"camera {self.number} did not start"
         self.pid = int(output)
+        # Between its old address and the new one a camera is not on the network, and what is sent to it then is lost.
+        script = self.root / "etc/init.d/ipv4"
+        script.rename(script.with_name("ipv4.board"))
+        script.symlink_to("../../usr/lib/board/record")
         return self
+
+    def let_its_address_change(self):
+        script = self.root / "etc/init.d/ipv4"
+        script.with_name("ipv4.board").rename(script)
 
     def stop(self):
         """Switches the camera off and looks whether its daemons ended well."""

@@ -49,20 +49,18 @@ def set_datetime(camera, when=b"0" * 14, zone=51, daylight_saving=0, ntp=0, serv
     }, **others)  # fmt: skip
 
 
+def over(sound, fields):
+    """`fields` put over the sound ones, so last of all."""
+    fields = fields or {}
+    return {offset: data for offset, data in sound.items() if offset not in fields} | fields
+
+
 def wifi(camera, fields=None, ssid=b"Workshop 2", key=b"a new long secret", **others):
     """Channel 11, WPA2 with AES, and the fields that a test puts over them."""
-    return protected(0x00A9, camera, {
-        150: b"\x01\x0b",
-        152: ssid,
-        188: b"\x30\x04\x00",
-        320: key,
-    } | (fields or {}), length=402, **others)  # fmt: skip
+    sound = {150: b"\x01\x0b", 152: ssid, 188: b"\x30\x04\x00", 320: key}
+    return protected(0x00A9, camera, over(sound, fields), length=402, **others)
 
 
 def simple_wifi(camera, fields=None, ssid=b"Workshop 3", key=b"another secret", **others):
-    return protected(0x00B0, camera, {
-        150: b"\x01",
-        151: ssid,
-        187: b"\x00\x0d\x04\x03",
-        191: key,
-    } | (fields or {}), length=258, **others)  # fmt: skip
+    sound = {150: b"\x01", 151: ssid, 187: b"\x00\x0d\x04\x03", 191: key}
+    return protected(0x00B0, camera, over(sound, fields), length=258, **others)

@@ -66,14 +66,22 @@ class Listener:
         self.socket.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
         self.socket.bind(("", PORT))
         self.socket.settimeout(PATIENCE)
+        self.passed_over = []
 
     def close(self):
         self.socket.close()
 
     def report(self, camera=None):
         """The next report, of `camera` if one is given; all else on this port are requests of tools."""
+        for data in self.passed_over:
+            if camera is None or data[6:12] == camera.mac:
+                self.passed_over.remove(data)
+                return data
         while True:
             data, sender = self.socket.recvfrom(2048)
-            if data[:2] == b"\xff\xff" and (camera is None or data[6:12] == camera.mac):
-                assert sender[1] == PORT
+            if data[:2] != b"\xff\xff":
+                continue
+            assert sender[1] == PORT
+            if camera is None or data[6:12] == camera.mac:
                 return data
+            self.passed_over.append(data)
