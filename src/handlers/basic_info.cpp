@@ -19,7 +19,7 @@ static uint32_t check(const BasicInfoRequest& in) {
 }
 
 static void writeAddress(const char* key, Ipv4 address) {
-    char text[16];
+    char text[kTextSize] = {};
     const uint8_t* octets = address.bytes;
     snprintf(text, sizeof text, "%d.%d.%d.%d", octets[0], octets[1], octets[2], octets[3]);
     writeText("NETWORK_V4", key, text);
@@ -38,7 +38,7 @@ static void writeAddressing(const BasicInfoRequest& in) {
 static void setBasicInfo(const uint8_t* request, uint8_t* reply) {
     const BasicInfoRequest& in = view<BasicInfoRequest>(request);
     if (uint32_t why = check(in); why != kAccepted) return refuse(reply, why);
-    char name[sizeof in.name + 1];
+    char name[kTextSize];
     takeText(name, in.name);
     name[kLongestName] = '\0';
     writeText("CAMSYSTEM", "CameraName", name);

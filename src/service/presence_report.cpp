@@ -12,15 +12,16 @@
 #include "util/command.h"
 #include "util/device.h"
 #include "util/reply_fields.h"
+#include "util/signal_window.h"
 
 static constexpr int kIntervalSeconds = 30;
 static constexpr char kName[] = "general_report";
 
-static uint16_t reportCounter;
+static uint16_t g_nReportCounter;
 
 static void fillHeader(PacketHeader& header) {
     memcpy(header.magic, kPresenceMagic, sizeof header.magic);
-    header.sequence = le16(reportCounter);
+    header.sequence = le16(g_nReportCounter);
     header.opcode = le16(opcode::kPresenceReport);
     memcpy(header.mac.bytes, g_uDeviceMac, sizeof header.mac);
     header.address = interfaceAddress();
@@ -45,7 +46,7 @@ int general_report(uint8_t* buffer, int capacity) {
     putStoredText(out.name, "CAMSYSTEM", "CameraName");
     out.address = interfaceAddress();
     net_get_netmask(g_szInterfaceName, out.mask.bytes);
-    reportCounter++;
+    g_nReportCounter++;
     return sizeof(PresenceReport);
 }
 
@@ -61,6 +62,7 @@ static void broadcast(const uint8_t* report, int length) {
 void sendPresenceReport(int) {
     if (g_nStopRunning || g_nSocket == -1) return;
     int interrupted = errno;
+    closeSignalWindow();  // to the end of the handler: nothing interrupts its store accesses either
     memset(g_pGeneralReportBuffer, 0, kReportBufferSize);
     int length = general_report(g_pGeneralReportBuffer, kReportBufferSize);
     if (length >= 1) broadcast(g_pGeneralReportBuffer, length);

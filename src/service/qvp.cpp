@@ -3,6 +3,7 @@
 #include <netinet/in.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/select.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -20,8 +21,8 @@
 
 static constexpr useconds_t kDrainMicroseconds = 200;
 
-static uint8_t* receiveBuffer;
-static uint8_t* replyBuffer;
+static uint8_t* g_pReceiveBuffer;
+static uint8_t* g_pReplyBuffer;
 
 static int fail(int line, const char* message) {
     traceService("main", line, "%s", message);
@@ -64,10 +65,10 @@ static int bindSocket() {
 }
 
 static int allocateBuffers() {
-    receiveBuffer = static_cast<uint8_t*>(malloc(kDatagramSize));
-    if (receiveBuffer == nullptr) return fail(245, "allocate recv buffer  failed");
-    replyBuffer = static_cast<uint8_t*>(malloc(kDatagramSize));
-    if (replyBuffer == nullptr) return fail(254, "allocate reply buffer  failed");
+    g_pReceiveBuffer = static_cast<uint8_t*>(malloc(kDatagramSize));
+    if (g_pReceiveBuffer == nullptr) return fail(245, "allocate recv buffer  failed");
+    g_pReplyBuffer = static_cast<uint8_t*>(malloc(kDatagramSize));
+    if (g_pReplyBuffer == nullptr) return fail(254, "allocate reply buffer  failed");
     g_pGeneralReportBuffer = static_cast<uint8_t*>(malloc(kReportBufferSize));
     if (g_pGeneralReportBuffer == nullptr) return fail(268, "allocate general report buffer  failed");
     g_pSiteSurveyBuffer = static_cast<char*>(malloc(kSiteSurveyBufferSize));
@@ -77,19 +78,19 @@ static int allocateBuffers() {
 }
 
 static void freeBuffers() {
-    free(receiveBuffer);
-    free(replyBuffer);
+    free(g_pReceiveBuffer);
+    free(g_pReplyBuffer);
     free(g_pGeneralReportBuffer);
     free(g_pSiteSurveyBuffer);
-    receiveBuffer = nullptr;
-    replyBuffer = nullptr;
+    g_pReceiveBuffer = nullptr;
+    g_pReplyBuffer = nullptr;
     g_pGeneralReportBuffer = nullptr;
     g_pSiteSurveyBuffer = nullptr;
 }
 
 static int openService(const char* interfaceName) {
     g_nSocket = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, IPPROTO_UDP);
-    if (g_nSocket < 0) return fail(183, "create socket failed");
+    if (g_nSocket < 0 || g_nSocket >= FD_SETSIZE) return fail(183, "create socket failed");
     if (initFamilies(interfaceName) != 0) return -1;
     if (setSocketOptions(interfaceName) != 0) return -1;
     if (bindSocket() != 0) return -1;
@@ -115,7 +116,7 @@ static void serve(const char* interfaceName) {
     traceService("main", 312, "QVP Client Start with interface:[%s]", interfaceName);
     sendPresenceReport(SIGALRM);
     armPresenceTimer();
-    runReceiveLoop(receiveBuffer, replyBuffer);
+    runReceiveLoop(g_pReceiveBuffer, g_pReplyBuffer);
     disarmPresenceTimer();
 }
 

@@ -69,13 +69,18 @@ static void serveDatagram(uint8_t* received, uint8_t* reply, Sender& sender) {
     serveCommand(family->find(code), received, reply, sender);
 }
 
-// Waits with the signal window open. Returns what pselect does, and whether the socket is readable.
+// Waits with the signal window open. Returns what pselect does, and whether the socket is readable. pselect lets no
+// signal through when the socket is readable at once, so the window opens once more: a flood must not hold up a stop.
 static int waitForDatagram(bool& readable) {
     fd_set sockets;
     FD_ZERO(&sockets);
     FD_SET(g_nSocket, &sockets);
     int result = pselect(g_nSocket + 1, &sockets, nullptr, nullptr, nullptr, windowSignalMask());
+    int reason = errno;
     readable = result > 0 && FD_ISSET(g_nSocket, &sockets);
+    openSignalWindow();
+    closeSignalWindow();
+    errno = reason;
     return result;
 }
 

@@ -12,7 +12,7 @@ struct DownThreadState {
     uint8_t busy;          // 1 while a worker runs
     uint8_t* data;         // downloaded body, on the heap; null: none
     char url[256];         // NUL-terminated; lower-cased in place by the worker
-    int32_t data_length;   // bytes of `data` to install; set by whoever starts the worker
+    int32_t data_length;   // bytes of `data` to install; set by whoever starts the worker, who must know it in advance
     int32_t status;        // 0 idle or done, 1 running, 2 failed
 };
 

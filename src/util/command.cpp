@@ -25,13 +25,15 @@ static bool isBroadcast(const PacketHeader& header) {
 }
 
 static bool isAddressedToUs(const Family& family, const Command& command, const PacketHeader& header) {
-    bool selects = command.addressing == Addressing::MacOrBroadcast;
-    if (selects && load(header.status) != kByMac) {
-        if (load(header.status) != kByMacOrBroadcast) return false;  // the one rejection without a trace
-        if (isBroadcast(header)) return true;
-    }
+    uint16_t selector = command.addressing == Addressing::MacOnly ? kByMac : load(header.status);
+    if (selector != kByMac && selector != kByMacOrBroadcast) return false;  // the one rejection without a trace
+    if (selector == kByMacOrBroadcast && isBroadcast(header)) return true;
     if (namesThisDevice(header)) return true;
-    traceHandler(family, command.name, __LINE__);
+    if (selector == kByMac) {  // the two mismatches differ in their line
+        traceHandler(family, command.name, __LINE__);
+    } else {
+        traceHandler(family, command.name, __LINE__);
+    }
     return false;
 }
 

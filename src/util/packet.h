@@ -45,8 +45,8 @@ void putText(uint8_t (&field)[Size], const char* text, size_t most = Size) {
 template <size_t Room, size_t Size>
 void takeText(char (&text)[Room], const uint8_t (&field)[Size]) {
     static_assert(Room > Size);
+    memset(text, 0, Room);
     memcpy(text, field, Size);
-    text[Size] = '\0';
 }
 
 // Copies the text that starts at `from` in a request's 1024-byte buffer: up to its NUL, 255 bytes or the buffer's end,

@@ -2,25 +2,25 @@
 
 static constexpr int kWindowSignals[] = {SIGALRM, SIGINT, SIGQUIT, SIGTERM, SIGUSR1};
 
-static sigset_t originalMask;
-static sigset_t closedMask;
-static sigset_t openMask;
+static sigset_t g_stOriginalMask;
+static sigset_t g_stClosedMask;
+static sigset_t g_stOpenMask;
 
 void blockSignals() {
-    sigprocmask(SIG_SETMASK, nullptr, &originalMask);
-    closedMask = originalMask;
-    openMask = originalMask;
+    sigprocmask(SIG_SETMASK, nullptr, &g_stOriginalMask);
+    g_stClosedMask = g_stOriginalMask;
+    g_stOpenMask = g_stOriginalMask;
     for (int number : kWindowSignals) {
-        sigaddset(&closedMask, number);
-        sigdelset(&openMask, number);
+        sigaddset(&g_stClosedMask, number);
+        sigdelset(&g_stOpenMask, number);
     }
     closeSignalWindow();
 }
 
-const sigset_t* originalSignalMask() { return &originalMask; }
+const sigset_t* originalSignalMask() { return &g_stOriginalMask; }
 
-const sigset_t* windowSignalMask() { return &openMask; }
+const sigset_t* windowSignalMask() { return &g_stOpenMask; }
 
-void openSignalWindow() { sigprocmask(SIG_SETMASK, &openMask, nullptr); }
+void openSignalWindow() { sigprocmask(SIG_SETMASK, &g_stOpenMask, nullptr); }
 
-void closeSignalWindow() { sigprocmask(SIG_SETMASK, &closedMask, nullptr); }
+void closeSignalWindow() { sigprocmask(SIG_SETMASK, &g_stClosedMask, nullptr); }
