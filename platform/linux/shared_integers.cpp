@@ -1,5 +1,5 @@
-// A folder with one file a slot, named by its number, decimal text inside, so that a script can take part:
-// echo 1 > /run/qvp/sysinfo/4
+#include "shared_integers.h"
+
 #include <errno.h>
 #include <fcntl.h>
 #include <limits.h>
@@ -16,19 +16,19 @@
 #include "platform.h"
 #include "small_file.h"
 
-static const char* folder() {
-    const char* path = getenv("QVP_SYSINFO");
-    return path != nullptr && path[0] != '\0' ? path : "/run/qvp/sysinfo";
-}
-
 static bool isBlank(char letter) { return letter == ' ' || letter == '\t' || letter == '\r' || letter == '\n'; }
 
-int SIReadInt(int slot, int* value) {
+// False when the slot cannot have a file.
+static bool makePath(const char* folder, int slot, char path[PATH_MAX]) {
+    return slot >= 0 && snprintf(path, PATH_MAX, "%s/%d", folder, slot) < PATH_MAX;
+}
+
+int readSharedInteger(const char* folder, int slot, int* value) {
     char path[PATH_MAX];
     char text[64];
-    if (slot < 0 || value == nullptr) return -1;
-    if (snprintf(path, sizeof path, "%s/%d", folder(), slot) >= static_cast<int>(sizeof path)) return -1;
+    if (value == nullptr || !makePath(folder, slot, path)) return -1;
     ssize_t length = readSmallFile(path, text, sizeof text);
+    if (length == sizeof text - 1) return -1;
     while (length > 0 && isBlank(text[length - 1])) --length;
     int64_t number;
     if (length <= 0 || !parseDecimal(text, static_cast<size_t>(length), INT_MIN, INT_MAX, &number)) return -1;
@@ -70,14 +70,25 @@ static int replaceFile(const char* path, const char* text) {
     return -1;
 }
 
-int SIWriteInt(int slot, int value) {
+int writeSharedInteger(const char* folder, int slot, int value) {
     char path[PATH_MAX];
     char text[16];
-    if (slot < 0) return -1;
-    if (snprintf(path, sizeof path, "%s/%d", folder(), slot) >= static_cast<int>(sizeof path)) return -1;
+    if (!makePath(folder, slot, path)) return -1;
     snprintf(text, sizeof text, "%d\n", value);
     makeFolders(path);
     if (replaceFile(path, text) == 0) return 0;
     complain("cannot write %s: %s", path, strerror(errno));
     return -1;
 }
+
+static const char* folderOfEnvironment() {
+    const char* path = getenv("QVP_SYSINFO");
+    return path != nullptr && path[0] != '\0' ? path : "/run/qvp/sysinfo";
+}
+
+// Looked up before there is a second thread: one thread may not read the environment while another sets the time zone.
+static const char* const g_folder = folderOfEnvironment();
+
+int SIReadInt(int slot, int* value) { return readSharedInteger(g_folder, slot, value); }
+
+int SIWriteInt(int slot, int value) { return writeSharedInteger(g_folder, slot, value); }

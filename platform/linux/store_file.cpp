@@ -107,9 +107,12 @@ static int moveIntoPlace(const StoreFolder& folder, const FileState& before) {
     return renameat(folder.descriptor, folder.temporary, folder.descriptor, folder.file);
 }
 
+// Until then the old file may come back after a power cut. Some file systems have nothing to do for a folder.
+static int syncFolder(int descriptor) { return fsync(descriptor) == 0 || errno == EINVAL ? 0 : -1; }
+
 static int replaceFile(const StoreFolder& folder, const IniText* text, const FileState& before) {
     if (writeTemporary(folder, text, before) == 0 && moveIntoPlace(folder, before) == 0) {
-        return fsync(folder.descriptor);  // until then the old file may come back after a power cut
+        return syncFolder(folder.descriptor);
     }
     int reason = errno;
     unlinkat(folder.descriptor, folder.temporary, 0);

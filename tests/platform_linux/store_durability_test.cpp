@@ -100,6 +100,26 @@ TEST_F(StoreTest, IsSyncedBeforeAndAfterTheRename) {
     EXPECT_EQ(order, (std::vector<std::string>{"write", "fsync", "renameat", "fsync"}));
 }
 
+// A folder's failed fsync comes too late to leave the old store, but must not pass for success; where a file system
+// does not know fsync of a folder, there is none to make.
+TEST_F(StoreTest, IsNotCalledPermanentBeforeItsFolderIs) {
+    int calls = 0, folder_sync = 0;
+    put(kOld);
+    {
+        CaughtFileCalls caught({.before = [&](const std::string& name) {
+            ++calls;
+            if (name == "fsync") folder_sync = calls;
+        }});
+        ASSERT_EQ(writeText("INFO", "Product", "new"), 0);
+    }
+    for (const int error : {EIO, EINVAL}) {
+        put(kOld);
+        CaughtFileCalls caught({.fail_at = folder_sync, .error = error});
+        EXPECT_EQ(writeText("INFO", "Product", "new"), error == EIO ? -1 : 0);
+        EXPECT_EQ(bytes(), kNew);
+    }
+}
+
 TEST_F(StoreTest, IsNotWrittenWhenNothingChanges) {
     put(kOld);
     const ino_t before = fileStatus(path()).st_ino;
