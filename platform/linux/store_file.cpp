@@ -107,7 +107,7 @@ static int moveIntoPlace(const StoreFolder& folder, const FileState& before) {
     return renameat(folder.descriptor, folder.temporary, folder.descriptor, folder.file);
 }
 
-// Until then the old file may come back after a power cut. Some file systems have nothing to do for a folder.
+// Before it the old file may come back after a power cut. Some file systems have nothing to do for a folder.
 static int syncFolder(int descriptor) { return fsync(descriptor) == 0 || errno == EINVAL ? 0 : -1; }
 
 static int replaceFile(const StoreFolder& folder, const IniText* text, const FileState& before) {
