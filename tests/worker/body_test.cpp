@@ -91,7 +91,7 @@ struct BreakRow {
     const char* name;
     std::size_t said;  // bytes of the reply; then the server is silent, or closes
     bool closes;
-    WaitEnds end;      // of the wait for the next byte, if the server does not close
+    WaitEnds end;  // of the wait for the next byte, if the server does not close
     int result;
     bool newBuffer;
 };

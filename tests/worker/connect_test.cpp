@@ -31,9 +31,7 @@ long openDescriptors() {
     return std::distance(begin(all), end(all));
 }
 
-fake::Events times(int count, const std::string& event) {
-    return fake::Events(static_cast<std::size_t>(count), event);
-}
+fake::Events times(int count, const std::string& event) { return fake::Events(static_cast<std::size_t>(count), event); }
 
 // Taken by a socket that does not listen: connections to it are refused.
 class RefusingPort {

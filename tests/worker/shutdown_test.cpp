@@ -22,8 +22,8 @@ int qvp_main(int argc, char* argv[]);
 namespace worker {
 namespace {
 
-using testing::ElementsAre;
 using testing::Each;
+using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 

@@ -84,11 +84,7 @@ TEST_F(ThreadStart, DetachedAndDeafToSignals) {
     }
 }
 
-// Signals for the process find the main thread, and commands have none of them blocked.
-TEST_F(ThreadStart, CommandsHaveNoSignalBlocked) {
-    NetworkPlan plan;
-    plan.connectErrors = {};
-    planNetwork(plan);
+TEST_F(ThreadStart, DeafUntilItsEnd) {
     fake::onEvent("SIWriteInt", [] {
         sigset_t blocked;
         pthread_sigmask(SIG_BLOCK, nullptr, &blocked);

@@ -66,12 +66,9 @@ TEST_P(UpgradeFunction, RejectionsAreTraced) {
         Packet packet;
     };
     const Row rows[] = {
-        {"magic 0", requestOf(135).put(0, {0xFE})},
-        {"magic 1", requestOf(135).put(1, {0xFE})},
-        {"second family", requestOf(135).put(18, {1})},
-        {"protocol 0", requestOf(135).put(18, {0})},
-        {"protocol 0x0102", requestOf(135).put(19, {1})},
-        {"another device", requestOf(135).put(11, {0x31})},
+        {"magic 0", requestOf(135).put(0, {0xFE})},        {"magic 1", requestOf(135).put(1, {0xFE})},
+        {"second family", requestOf(135).put(18, {1})},    {"protocol 0", requestOf(135).put(18, {0})},
+        {"protocol 0x0102", requestOf(135).put(19, {1})},  {"another device", requestOf(135).put(11, {0x31})},
         {"every device", requestOf(135).fill(6, 6, 0xFF)},
     };
     for (const Row& row : rows) {

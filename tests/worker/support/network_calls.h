@@ -13,15 +13,15 @@ namespace worker {
 
 // How a wait ends once so many bytes have been received.
 enum class WaitEnds {
-    InTimeOut,           // nothing comes any more
-    InTimeOutTooEarly,   // something comes between the time-out and the read behind it
+    InTimeOut,          // nothing comes any more
+    InTimeOutTooEarly,  // something comes between the time-out and the read behind it
     InFailure,
 };
 
 struct NetworkPlan {
-    std::uint16_t leadTo = 0;          // every connection goes to this port; 0: to the port it was to go to
-    std::deque<int> connectErrors;     // what the next attempts fail with
-    bool shutAfterConnect = false;     // the socket can send no more: EPIPE, and SIGPIPE for who does not mind
+    std::uint16_t leadTo = 0;       // every connection goes to this port; 0: to the port it was to go to
+    std::deque<int> connectErrors;  // what the next attempts fail with
+    bool shutAfterConnect = false;  // the socket can send no more: EPIPE, and SIGPIPE for who does not mind
     int sendError = 0;
     std::map<std::size_t, WaitEnds> waits;
 };

@@ -45,7 +45,8 @@ std::vector<int> openSignals() {
     std::vector<int> open;
     for (int number = 1; number <= SIGRTMAX; ++number) {
         const bool mine = number < 32 || number >= SIGRTMIN;
-        if (mine && number != SIGKILL && number != SIGSTOP && sigismember(&blocked, number) == 0) open.push_back(number);
+        if (mine && number != SIGKILL && number != SIGSTOP && sigismember(&blocked, number) == 0)
+            open.push_back(number);
     }
     return open;
 }

@@ -38,6 +38,7 @@ void Fresh::TearDown() {
 
 void WorkerTest::TearDown() {
     std::free(state.data);
+    EXPECT_EQ(fake::commandsWithBlockedSignals(), 0);
     Fresh::TearDown();
 }
 
