@@ -206,6 +206,34 @@ TEST_F(Signals, AlarmDuringADeferredCommandIsServedDuringIt) {
     EXPECT_EQ(fake::sentTo("255.255.255.255:62976").size(), 2u);
 }
 
+// A request to follow NTP, whose wait a signal interrupts; what went on from that wait to the next for a datagram.
+class NtpWait : public Signals {
+protected:
+    static fake::Events interruptedBy(int number) {
+        fake::camera().wireIds = {{12, 20}};
+        const CommandRow& row = command(primaryFamily(), "set_system_datetime");
+        const Packet packet = request(row).put(150, std::string("00000000000000")).put(166, {20, 0, 0, 1});
+        fake::deliver(packet.first(200));
+        fake::interruptSleep(1, number);
+        EXPECT_EQ(runDaemon().status, 0);
+        fake::Events events = fake::eventsOf({"sleep", "sendto", "wait", "unlink"});
+        events.erase(events.begin(), std::find_if(events.begin(), events.end(), [](const std::string& event) {
+                         return event.compare(0, 5, "sleep") == 0;
+                     }));
+        for (std::string& event : events) event = event.substr(0, event.find(' '));
+        return events;
+    }
+};
+
+TEST_F(NtpWait, GoesOnAfterAReportInTheMiddleOfIt) {
+    EXPECT_THAT(interruptedBy(SIGALRM), ElementsAre("sleep", "sendto", "sleep", "wait", "unlink"));
+    EXPECT_EQ(fake::sentTo("255.255.255.255:62976").size(), 2u);
+}
+
+TEST_F(NtpWait, IsWaitedToItsEndBeforeAStop) {
+    EXPECT_THAT(interruptedBy(SIGTERM), ElementsAre("sleep", "sleep", "unlink"));
+}
+
 TEST_F(Signals, AreNotBlockedInCommandsNorIsTheSocketInherited) {
     fake::beforeWait(
         [] { g_nDeviceNameReset = g_nAuthReset = g_nWifiReset = g_nNetworkReset = g_nFactoryReset = g_nReboot = 1; });
