@@ -89,22 +89,30 @@ def test_a_broadcast_is_answered_to_the_port_it_came_from(camera):
         tool.close()
 
 
-@pytest.mark.parametrize("opcode, protocol, length", commands(), ids=lambda value: hex(value))
-def test_a_protected_command_refuses_strangers(tool, camera, opcode, protocol, length):
+STRANGERS = [
+    credentials(password=b"Admin"),
+    credentials(password=b""),
+    credentials(b"Admin"),
+    credentials(b"", b""),
+    credentials(b"viewer"),
+    credentials(b"admin\0", b"admin2"),
+    {22: b"admin", 86: b"admin"},
+    {22: b"\xff" * 128},
+]
+
+
+def test_protected_commands_refuse_strangers(tool, camera):
     store = camera.store_file.read_bytes()
-    strangers = [
-        credentials(password=b"Admin"), credentials(password=b""), credentials(b"Admin"), credentials(b"", b""),
-        credentials(b"viewer"), credentials(b"admin\0", b"admin2"), {22: b"admin", 86: b"admin"}, {22: b"\xff" * 128},
-    ]  # fmt: skip
-    for stranger in strangers:
-        asked = request(opcode, camera.mac, selector=BY_MAC, protocol=protocol, fields=stranger)
-        assert tool.ask(camera, asked) == reply(asked, camera, length, status=3)
-    # What is meant for other cameras, or for all of them, is not even refused.
-    tool.hears_nothing_of(
-        camera,
-        request(opcode, b"\x02\x51\x56\x50\xff\xfe", selector=BY_MAC, protocol=protocol, fields=credentials()),
-        request(opcode, protocol=protocol, fields=credentials()),
-    )
+    for opcode, protocol, length in commands():
+        for stranger in STRANGERS:
+            asked = request(opcode, camera.mac, selector=BY_MAC, protocol=protocol, fields=stranger)
+            assert tool.ask(camera, asked) == reply(asked, camera, length, status=3), (hex(opcode), stranger)
+        # What is meant for other cameras, or for all of them, is not even refused.
+        tool.hears_nothing_of(
+            camera,
+            request(opcode, b"\x02\x51\x56\x50\xff\xfe", selector=BY_MAC, protocol=protocol, fields=credentials()),
+            request(opcode, protocol=protocol, fields=credentials()),
+        )
     assert camera.commands() == []
     assert camera.store_file.read_bytes() == store
 

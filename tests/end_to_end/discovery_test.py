@@ -184,17 +184,16 @@ ADDRESSING = [  # selector, MAC (None: the camera's), address, whether it is ans
 
 
 @pytest.mark.parametrize("opcode, protocol, length", [(0xA1, PRIMARY, 505), (0xA1, LANDAP, 334), (0xA5, PRIMARY, 262)])
-@pytest.mark.parametrize("to", ["camera", EVERYONE])
-def test_who_is_addressed(tool, camera, opcode, protocol, length, to):
-    to = camera.address if to == "camera" else to
-    for selector, mac, address, answered in ADDRESSING:
-        asked = request(opcode, camera.mac if mac is None else mac, protocol=protocol, selector=selector,
-                        address=ip(address))
-        if answered:
-            data = tool.ask(camera, asked, to)
-            assert (len(data), data[:22]) == (length, reply(asked, camera, length)[:22])
-        else:
-            tool.hears_nothing_of(camera, asked, to=to)
+def test_who_is_addressed(tool, camera, opcode, protocol, length):
+    for to in (camera.address, EVERYONE):
+        for selector, mac, address, answered in ADDRESSING:
+            asked = request(opcode, camera.mac if mac is None else mac, protocol=protocol, selector=selector,
+                            address=ip(address))  # fmt: skip
+            if answered:
+                data = tool.ask(camera, asked, to)
+                assert (len(data), data[:22]) == (length, reply(asked, camera, length)[:22]), (selector, mac, address)
+            else:
+                tool.hears_nothing_of(camera, asked, to=to)
 
 
 def test_twenty_cameras_are_found_by_one_datagram(tool, lan):

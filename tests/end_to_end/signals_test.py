@@ -1,10 +1,12 @@
 """Stopping the daemon, whatever it is doing, and the signals that do not stop it."""
 import os
 import signal
+import threading
 from pathlib import Path
 
 import pytest
 from support.requests import BASIC_INFO_COMMANDS, basic_info, change_password, discovery, user_verification
+from support.tool import Tool
 from support.waiting import wait_until
 from support.wire import BY_MAC, request
 
@@ -70,8 +72,32 @@ def test_a_stop_just_before_the_wait(lan, tool, number, wait):
     if wait == 3:
         assert len(tool.ask(camera, discovery(camera))) == 505
     assert run.exit_status() == 0
-    assert run.trace().endswith(stop_lines(number) + STOPPED)
+    assert stop_lines(number) in run.trace()
+    assert run.trace().endswith(STOPPED)
     assert not camera.pid_file().exists()
+
+
+def flood(camera, stop):
+    tool = Tool()
+    while not stop.is_set():
+        tool.send(discovery(camera), camera.address)
+    tool.close()
+
+
+def test_a_stop_in_a_flood_of_requests(camera):
+    """There is always a datagram to serve, and no moment in which the daemon has to wait."""
+    stop = threading.Event()
+    flooding = threading.Thread(target=flood, args=(camera, stop))
+    flooding.start()
+    try:
+        camera.wait_for_trace("[discovery]", 200)
+        camera.signal(signal.SIGALRM)
+        camera.wait_for_trace("[general_report]", 2)
+        camera.signal(signal.SIGTERM)
+        assert camera.wait_for_end() == "0"
+    finally:
+        stop.set()
+        flooding.join()
 
 
 def test_two_stops_are_one(tool, camera):
