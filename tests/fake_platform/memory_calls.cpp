@@ -26,6 +26,20 @@ Memory& memory() {
 
 }  // namespace
 
+bool allocationFails(std::size_t size) {
+    if (!callFails("malloc")) return false;
+    appendEvent("malloc " + std::to_string(size) + " fails");
+    errno = ENOMEM;
+    return true;
+}
+
+void noteAllocation(void* block, std::size_t size) {
+    if (!networkIsScripted()) return;
+    const std::lock_guard lock(memory().mutex);
+    memory().blocks[block] = ++memory().allocations;
+    appendEvent("malloc " + std::to_string(size) + " #" + std::to_string(memory().allocations));
+}
+
 void resetMemory() {
     const std::lock_guard lock(memory().mutex);
     memory().blocks.clear();
@@ -42,16 +56,9 @@ void* __real_malloc(size_t size);
 void __real_free(void* block);
 
 void* __wrap_malloc(size_t size) {
-    if (callFails("malloc")) {
-        appendEvent("malloc " + std::to_string(size) + " fails");
-        errno = ENOMEM;
-        return nullptr;
-    }
+    if (allocationFails(size)) return nullptr;
     void* block = __real_malloc(size);
-    if (!networkIsScripted()) return block;
-    const std::lock_guard lock(memory().mutex);
-    memory().blocks[block] = ++memory().allocations;
-    appendEvent("malloc " + std::to_string(size) + " #" + std::to_string(memory().allocations));
+    noteAllocation(block, size);
     return block;
 }
 

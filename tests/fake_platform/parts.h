@@ -1,6 +1,7 @@
 // What the fake's files share.
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 namespace fake {
@@ -15,6 +16,10 @@ void resetClock();
 void resetScript();
 void resetMemory();
 void emptyRunFolder();
+
+// What every way to allocate does before and after it asks the system.
+bool allocationFails(std::size_t size);
+void noteAllocation(void* block, std::size_t size);
 
 // True while scripted_network.h has taken over the socket calls.
 bool networkIsScripted();
