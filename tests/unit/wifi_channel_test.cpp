@@ -60,7 +60,7 @@ TEST_F(WifiChannel, IsRefusedWithoutAFile) {
 
 TEST_F(WifiChannel, AsksForTheRegionThenTheSectionsThenTheFields) {
     fake::camera().region = 12;
-    fake::camera().iniFiles[kTable] = {{"11", {"1"}}, {"12", {"6"}}};
+    fake::camera().iniFiles[kTable] = {{"013", {"6"}}, {"11", {"1"}}, {"12", {"6"}}, {"13 ", {"6"}}};
     EXPECT_EQ(checkWifiChannel(6), 0);
     EXPECT_EQ(fake::events(),
               (Events{"HWMIB_getRegion", "CfgEnumSec /etc/wifi_channel.ini", "CfgEnumField /etc/wifi_channel.ini 12"}));
