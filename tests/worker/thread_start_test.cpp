@@ -77,7 +77,7 @@ TEST_F(ThreadStart, DetachedAndDeafToSignals) {
         ASSERT_THAT(threadsMade(), SizeIs(1));
         EXPECT_TRUE(threadsMade()[0].detached);
         EXPECT_THAT(threadsMade()[0].openSignals, IsEmpty());
-        for (int number = 1; number <= SIGRTMAX; ++number) {
+        for (int number = 1; number < 32; ++number) {
             EXPECT_EQ(sigismember(&after, number), sigismember(&before, number)) << number;
         }
         EXPECT_NE(pthread_equal(state.thread, lastThread()), 0);
