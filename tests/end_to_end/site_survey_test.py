@@ -31,6 +31,7 @@ BOARD = [  # the networks of the board's own list
 def scan(tool, camera, protocol=PRIMARY):
     asked = protected(0xB1, camera, protocol=protocol)
     assert tool.ask(camera, asked) == reply(asked, camera, 38, {26: b"\x02\0\0\0\x20\x4e\0\0"})
+    tool.assert_in_step(camera)  # the list is read behind the reply
 
 
 def expect_list(tool, camera, entries, mark=MORE, protocol=PRIMARY):
