@@ -203,20 +203,42 @@ TEST_F(LandapRun, DescribesItselfInFewerBytes) {
 
 TEST_F(LandapRun, AnswersTheSupportQueryToItsMacOnly) {
     for (const Family* family : {&primaryFamily(), &landapFamily()}) {
-        const auto port = static_cast<std::uint16_t>(5000 + family->protocol);
         const CommandRow& query = command(*family, "query_support_fun");
-        fake::deliver(request(query).fill(6, 6, 0xFF).first(22), port);
-        fake::deliver(request(query).put(16, {0x34, 0x12}).first(22), port);  // a selector of no meaning
+        const auto broadcast = static_cast<std::uint16_t>(5000 + family->protocol);
+        const auto oddSelector = static_cast<std::uint16_t>(6000 + family->protocol);
+        fake::deliver(request(query).fill(6, 6, 0xFF).first(22), broadcast);
+        fake::deliver(request(query).put(16, {0x34, 0x12}).first(22), oddSelector);
     }
     EXPECT_EQ(runDaemon().status, 0);
-    EXPECT_EQ(fake::sentTo("192.168.0.100:5002").size(), 1U);  // to the broadcast
-    const std::vector<fake::Sent> landap = fake::sentTo("192.168.0.100:5001");
-    ASSERT_EQ(landap.size(), 1U);  // to its MAC
+    EXPECT_EQ(fake::sentTo("192.168.0.100:5002").size(), 1U);
+    EXPECT_THAT(fake::sentTo("192.168.0.100:5001"), IsEmpty());
+    EXPECT_THAT(fake::sentTo("192.168.0.100:6002"), IsEmpty());
+    const std::vector<fake::Sent> landap = fake::sentTo("192.168.0.100:6001");
+    ASSERT_EQ(landap.size(), 1U);
     EXPECT_TRUE(sameBytes(reply(command(landapFamily(), "query_support_fun"))
                               .put(22, {0xA6, 0, 0xA7, 0, 0xA8, 0, 0xA9, 0, 0xAB, 0, 0xAC, 0,
                                         0xAD, 0, 0xAE, 0, 0xAF, 0, 0xB0, 0, 0xB1, 0, 0xC0, 0})
                               .bytes(),
                           landap[0].bytes));
+}
+
+// A supported-function query with a payload must carry the administrator's credentials.
+TEST_F(LandapRun, ChecksCredentialsOnceThereIsAPayload) {
+    const CommandRow& query = command(landapFamily(), "query_support_fun");
+    const Packet bare = request(query).put(20, {0x00, 0x01});
+    fake::deliver(bare.first(150), 5001);
+    fake::deliver(Packet(bare).put(22, std::string("YWRtaW4=")).put(86, std::string("c2VjcmV0")).first(150), 5002);
+    fake::deliver(Packet(bare).put(18, {2}).first(150), 5003);  // not in the primary family
+    EXPECT_EQ(runDaemon().status, 0);
+    const std::vector<fake::Sent> refused = fake::sentTo("192.168.0.100:5001");
+    ASSERT_EQ(refused.size(), 1U);
+    EXPECT_TRUE(sameBytes(reply(query).put(16, {3}).bytes(), refused[0].bytes));
+    for (const char* receiver : {"192.168.0.100:5002", "192.168.0.100:5003"}) {
+        const std::vector<fake::Sent> granted = fake::sentTo(receiver);
+        ASSERT_EQ(granted.size(), 1U) << receiver;
+        EXPECT_EQ(granted[0].bytes[16], 0) << receiver;
+        EXPECT_EQ(granted[0].bytes[22], 0xA6) << receiver;
+    }
 }
 
 // One family's request leaves what the other's would: the same work behind the reply, once.
