@@ -22,7 +22,7 @@ constexpr std::size_t kRoom = 4 << 20;
 struct SharedLog {
     pthread_mutex_t mutex;
     std::size_t used;
-    int counters[2];
+    int counters[3];
     char text[kRoom];  // events, each with a NUL behind it
 };
 
@@ -63,16 +63,21 @@ public:
 
 }  // namespace
 
-static void append(const std::string& event) {
+static bool appendIfItFits(const std::string& plain) {
     Lock lock;
     SharedLog& log = sharedLog();
-    const std::string plain = event.substr(0, event.find('\0'));
-    if (plain.size() + 1 > kRoom - log.used) {
-        std::fprintf(stderr, "event log full at: %.200s\n", plain.c_str());
-        std::abort();
-    }
+    if (plain.size() + 1 > kRoom - log.used) return false;
     std::memcpy(log.text + log.used, plain.c_str(), plain.size() + 1);
     log.used += plain.size() + 1;
+    return true;
+}
+
+// A full log ends the process that filled it, with the lock free for the one that waits for it.
+static void append(const std::string& event) {
+    const std::string plain = event.substr(0, event.find('\0'));
+    if (appendIfItFits(plain)) return;
+    std::fprintf(stderr, "event log full at: %.200s\n", plain.c_str());
+    std::abort();
 }
 
 static void runAction(const std::string& event) {
@@ -167,6 +172,8 @@ std::string quoted(const std::string& text) {
 }
 
 int commandsWithBlockedSignals() { return count(Counter::BlockedSignals); }
+
+int commandsWithIgnoredSignals() { return count(Counter::IgnoredSignals); }
 
 int commandsWithInheritedSockets() { return count(Counter::InheritedSockets); }
 
