@@ -90,9 +90,10 @@ void onEvent(const std::string& prefix, std::function<void()> action);
 // How a text stands in an event: in quotes, bytes outside 32-126 as \xHH, with \" and \\.
 std::string quoted(const std::string& text);
 
-// Commands that were started with one of the daemon's signals blocked, or with a descriptor of the daemon's that the
-// command would inherit.
+// Commands that were started with one of the daemon's signals blocked; with one ignored that a command must be able to
+// die of; with the daemon's socket.
 int commandsWithBlockedSignals();
+int commandsWithIgnoredSignals();
 int commandsWithInheritedSockets();
 
 // --- System calls ---

@@ -3,10 +3,10 @@
 // While scripted, socket makes a real but idle socket; setsockopt, bind, sendto and recvfrom never reach the system;
 // and the wait for a datagram (pselect) takes the script's next step. Past the script's end it delivers SIGTERM.
 // Events:
-//   socket AF_INET SOCK_DGRAM IPPROTO_UDP        setsockopt SOL_SOCKET SO_BROADCAST 4 1
-//   bind AF_INET 0.0.0.0:62976                   wait  (with what is wrong about the call, if anything, behind it)
-//   recvfrom                                     sendto 192.168.0.100:5000 38 EEFE01…
-//   close socket                                 malloc 1024 #1, free #1
+//   socket AF_INET SOCK_DGRAM IPPROTO_UDP close-on-exec
+//   setsockopt SOL_SOCKET SO_BROADCAST 4 1    bind 0.0.0.0:62976    close socket    malloc 1024 #1    free #1
+//   wait, recvfrom 1024                       with what is wrong about the call behind it, if anything
+//   sendto 192.168.0.100:5000 38 EEFE01…
 #pragma once
 
 #include <cstdint>

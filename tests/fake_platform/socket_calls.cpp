@@ -93,7 +93,8 @@ int __wrap_socket(int domain, int type, int protocol) {
     const int kind = type & ~(SOCK_CLOEXEC | SOCK_NONBLOCK);
     appendEvent(std::string("socket ") + (domain == AF_INET ? "AF_INET" : "other-domain") +
                 (kind == SOCK_DGRAM ? " SOCK_DGRAM" : " other-type") +
-                (protocol == IPPROTO_UDP ? " IPPROTO_UDP" : " other-protocol"));
+                (protocol == IPPROTO_UDP ? " IPPROTO_UDP" : " other-protocol") +
+                ((type & SOCK_CLOEXEC) != 0 ? " close-on-exec" : ""));
     if (callFails("socket")) return -1;
     g_socket = __real_socket(domain, type, protocol);
     return g_socket;

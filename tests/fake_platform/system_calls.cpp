@@ -36,6 +36,14 @@ void noteBlockedSignals() {
     }
 }
 
+void noteIgnoredSignals() {
+    for (const int number : {SIGALRM, SIGINT, SIGQUIT, SIGTERM, SIGPIPE}) {
+        struct sigaction action = {};
+        sigaction(number, nullptr, &action);
+        if (action.sa_handler == SIG_IGN) return increment(Counter::IgnoredSignals);
+    }
+}
+
 void noteInheritedSocket() {
     const int flags = scriptedSocket() < 0 ? -1 : fcntl(scriptedSocket(), F_GETFD);
     if (flags >= 0 && (flags & FD_CLOEXEC) == 0) increment(Counter::InheritedSockets);
@@ -91,6 +99,7 @@ int __real_unlink(const char* path);
 
 int __wrap_system(const char* command) {
     noteBlockedSignals();
+    noteIgnoredSignals();
     noteInheritedSocket();
     appendEvent(std::string("system ") + (command == nullptr ? "null" : command));
     return 0;

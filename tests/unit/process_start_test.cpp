@@ -50,8 +50,8 @@ TEST_F(Start, GoesThroughItsStepsInOrder) {
     EXPECT_THAT(
         calls,
         ElementsAre(
-            "open /var/run/qvp-eth0.pid O_WRONLY|O_CREAT|O_EXCL 01204", "socket AF_INET SOCK_DGRAM IPPROTO_UDP",
-            "net_get_hwaddr eth0", "net_get_hwaddr eth0",
+            "open /var/run/qvp-eth0.pid O_WRONLY|O_CREAT|O_EXCL 01204",
+            "socket AF_INET SOCK_DGRAM IPPROTO_UDP close-on-exec", "net_get_hwaddr eth0", "net_get_hwaddr eth0",
             "setsockopt SOL_SOCKET SO_BINDTODEVICE 32 6574683000000000000000000000000000000000000000000000000000000000",
             "setsockopt SOL_SOCKET SO_BROADCAST 4 1", "setsockopt SOL_SOCKET SO_REUSEADDR 4 1", "bind 0.0.0.0:62976",
             "malloc 1024 #1", "malloc 1024 #2", "malloc 1024 #3", "malloc 21844 #4", "sendto 255.255.255.255:62976",

@@ -198,6 +198,20 @@ TEST_F(Signals, AlarmDuringAReportDoesNotNestAnother) {
     EXPECT_EQ(reports[1].bytes[2], 1);
 }
 
+TEST_F(Signals, StopDuringAReportWaitsForTheReport) {
+    fake::deliverSignal(SIGALRM);
+    fake::onEvent("cfgRead CAMSYSTEM CameraName", [] {
+        fake::onEvent("cfgRead CAMSYSTEM CameraName", [] {  // past the report at start-up
+            raise(SIGTERM);
+            fake::record("stopping " + std::to_string(g_nStopRunning));
+        });
+    });
+    EXPECT_EQ(runDaemon().status, 0);
+    EXPECT_THAT(fake::eventsOf({"stopping"}), ElementsAre("stopping 0"));
+    EXPECT_EQ(fake::sent().size(), 2u);
+    EXPECT_THAT(fake::eventsOf({"wait"}), ElementsAre("wait"));
+}
+
 TEST_F(Signals, AlarmDuringADeferredCommandIsServedDuringIt) {
     fake::beforeWait([] { g_nNetworkReset = 1; });
     fake::deliver(discovery());
@@ -234,13 +248,14 @@ TEST_F(NtpWait, IsWaitedToItsEndBeforeAStop) {
     EXPECT_THAT(interruptedBy(SIGTERM), ElementsAre("sleep", "sleep", "unlink"));
 }
 
-TEST_F(Signals, AreNotBlockedInCommandsNorIsTheSocketInherited) {
+TEST_F(Signals, AreNeitherBlockedNorIgnoredInCommandsNorIsTheSocketInherited) {
     fake::beforeWait(
         [] { g_nDeviceNameReset = g_nAuthReset = g_nWifiReset = g_nNetworkReset = g_nFactoryReset = g_nReboot = 1; });
     fake::deliver(discovery());
     EXPECT_EQ(runDaemon().status, 0);
     EXPECT_EQ(fake::commands().size(), 13u);
     EXPECT_EQ(fake::commandsWithBlockedSignals(), 0);
+    EXPECT_EQ(fake::commandsWithIgnoredSignals(), 0);
     EXPECT_EQ(fake::commandsWithInheritedSockets(), 0);
 }
 

@@ -150,8 +150,8 @@ TEST_F(ReceiveLoop, TakesAFailedReceiveForADatagramOfNoFamily) {
     fake::failReceive(ECONNREFUSED);
     fake::deliver(request(discovery()).first(22));
     const DaemonRun run = runDaemon();
-    EXPECT_THAT(run.serviceTrace()[1],
-                testing::StartsWith("[QVP][qvp][main][Line: 343]: QVP Client receive command from ["));
+    EXPECT_EQ(run.serviceTrace()[1], "[QVP][qvp][main][Line: 343]: QVP Client receive command from [0.0.0.0]");
+    EXPECT_EQ(run.serviceTrace()[2], kReceived);
     EXPECT_THAT(handlers(run), ElementsAre("discovery"));
     EXPECT_EQ(replies().size(), 1u);
 }
