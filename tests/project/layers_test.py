@@ -16,6 +16,8 @@ MAY_INCLUDE = {
     "src/handlers": {"src/util", "protocol", "platform"},
     "src/upgrade": {"src/util", "protocol", "platform"},
     "src/landap": {"src/handlers", "src/util"},
+    "qvpctl": {"protocol"},
+    "qvpctl/commands": {"qvpctl", "protocol"},
     "src/service": {"src/handlers", "src/landap", "src/upgrade", "src/util", "protocol", "platform"},
 }
 ROOTS = ["", "src", "platform"]  # what the compiler searches
