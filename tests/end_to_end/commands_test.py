@@ -19,8 +19,7 @@ stat -c %N "${descriptors[@]}" >/run/descriptors 2>/dev/null
 def look_around(tool, camera):
     """Has a board script tell of its open files and of its signals, each mask a number. The camera's shell is bash,
     because some shells let all signals through."""
-    (camera.root / "usr/bin/sh").unlink()
-    (camera.root / "usr/bin/sh").symlink_to("bash")
+    camera.run("mount", "--bind", "/bin/bash", "/bin/sh")
     camera.replace_script("/etc/init.d/llmnr-0", LOOK_AROUND)
     tool.ask(camera, basic_info(camera))
     tool.assert_in_step(camera)
