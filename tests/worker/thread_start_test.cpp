@@ -70,10 +70,12 @@ TEST_F(ThreadStart, EachStepThatFails) {
 TEST_F(ThreadStart, DetachedAndDeafToSignals) {
     for (const Kind kind : kBothKinds) {
         resetThreads();
-        sigset_t before, after;
-        pthread_sigmask(SIG_BLOCK, nullptr, &before);
+        sigset_t original, before, after;
+        sigemptyset(&before);
+        sigaddset(&before, SIGUSR2);
+        pthread_sigmask(SIG_SETMASK, &before, &original);
         run(kind);
-        pthread_sigmask(SIG_BLOCK, nullptr, &after);
+        pthread_sigmask(SIG_SETMASK, &original, &after);
         ASSERT_THAT(threadsMade(), SizeIs(1));
         EXPECT_TRUE(threadsMade()[0].detached);
         EXPECT_THAT(threadsMade()[0].openSignals, IsEmpty());
