@@ -5,6 +5,7 @@
 
 #include "service/presence_report.h"
 #include "service/service_state.h"
+#include "util/signal_window.h"
 #include "util/trace.h"
 
 static constexpr char kName[] = "signal_handler";
@@ -14,6 +15,7 @@ static constexpr int kIgnored[] = {SIGHUP, SIGABRT, SIGUSR2, SIGCHLD, SIGTSTP, S
 static constexpr int kHandled[] = {SIGINT, SIGQUIT, SIGTERM, SIGUSR1};
 
 void signal_handler(int number) {
+    closeSignalWindow();  // to the end of the handler: signals in a flood would nest until the stack ends
     int interrupted = errno;
     trace("[QVP][qvp][%s][Line: 74] signal:[%d]\n", kName, number);
     switch (number) {
