@@ -23,8 +23,9 @@ extern "C" {
 // look at the result.
 int cfgRead(const char* section, const char* key, void* out);
 
-// Returns 0 once the value is stored, -1 when it could not be (the store is then as it was). `flag` is always 1: write
-// through to permanent storage. The daemon does not look at the result.
+// Returns 0 once the value is stored for good, -1 when it could not be: the store is then as it was, or at worst holds
+// the value without being safe from a power cut. `flag` is always 1: write through to permanent storage. The daemon
+// does not look at the result.
 int cfgWrite(const char* section, const char* key, const void* value, int flag);
 
 // The names in an ini file, in file order: its sections, and the fields of one section. Null when there are none, or no
