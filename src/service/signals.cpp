@@ -15,7 +15,7 @@ static constexpr int kIgnored[] = {SIGHUP, SIGABRT, SIGUSR2, SIGCHLD, SIGTSTP, S
 static constexpr int kHandled[] = {SIGINT, SIGQUIT, SIGTERM, SIGUSR1};
 
 void signal_handler(int number) {
-    closeSignalWindow();  // to the end of the handler: signals in a flood would nest until the stack ends
+    closeSignalWindow();  // to the end of the handler: one after the other, not one inside the other
     int interrupted = errno;
     trace("[QVP][qvp][%s][Line: 74] signal:[%d]\n", kName, number);
     switch (number) {
