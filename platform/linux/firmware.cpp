@@ -1,5 +1,5 @@
 // A generic Linux machine has no flash slot for a firmware image and no key for an archive: all are refused.
-#include "complain.h"
+#include "common/complain.h"
 #include "platform.h"
 
 static int refuse(const char* what) {

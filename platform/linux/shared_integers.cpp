@@ -11,10 +11,10 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include "complain.h"
-#include "numbers.h"
+#include "common/complain.h"
+#include "common/numbers.h"
+#include "common/small_file.h"
 #include "platform.h"
-#include "small_file.h"
 
 static bool isBlank(char letter) { return letter == ' ' || letter == '\t' || letter == '\r' || letter == '\n'; }
 

@@ -3,12 +3,12 @@
 
 #include <stdio.h>
 
+#include "camera/pending_actions.h"
 #include "handlers/commands.h"
 #include "platform.h"
+#include "system/shell.h"
 #include "util/credentials.h"
 #include "util/packet.h"
-#include "util/pending_actions.h"
-#include "util/shell.h"
 
 static constexpr uint8_t kAdministrator = 1;
 static constexpr uint8_t kOtherUser = 2;

@@ -3,11 +3,11 @@
 
 #include <stdio.h>
 
+#include "camera/pending_actions.h"
+#include "camera/settings.h"
 #include "handlers/commands.h"
 #include "protocol/result_codes.h"
 #include "util/packet.h"
-#include "util/pending_actions.h"
-#include "util/settings.h"
 
 static constexpr size_t kLongestName = 63;
 static constexpr uint32_t kRestartMilliseconds = 10000;

@@ -1,8 +1,8 @@
 // Discovery: who this camera is and how it is reached.
 #include "protocol/discovery.h"
 
+#include "camera/device.h"
 #include "handlers/commands.h"
-#include "util/device.h"
 #include "util/reply_fields.h"
 
 static constexpr int32_t kDhcp = 1;

@@ -1,8 +1,8 @@
 // Reboot, factory reset and commit: only asked for here, done after the reply.
+#include "camera/pending_actions.h"
 #include "handlers/commands.h"
 #include "platform.h"
 #include "protocol/setting_reply.h"
-#include "util/pending_actions.h"
 
 static constexpr int kUpgradeStateSlot = 4;
 static constexpr int kUpgradeRunning = 1;

@@ -1,8 +1,8 @@
 #include "handlers/qvp_function.h"
 
+#include "camera/device.h"
 #include "handlers/commands.h"
 #include "handlers/site_survey.h"
-#include "util/device.h"
 
 int qvp_function_init(const char* interfaceName) { return initDevice(interfaceName); }
 

@@ -2,11 +2,11 @@
 
 #include <stdlib.h>
 
+#include "camera/pending_actions.h"
 #include "handlers/commands.h"
 #include "handlers/site_line.h"
 #include "protocol/site_survey.h"
 #include "util/packet.h"
-#include "util/pending_actions.h"
 
 static constexpr uint32_t kScanMilliseconds = 20000;
 static constexpr int kSlots = 20;

@@ -3,9 +3,9 @@
 
 #include <stdio.h>
 
+#include "camera/pending_actions.h"
 #include "handlers/commands.h"
 #include "protocol/result_codes.h"
-#include "util/pending_actions.h"
 #include "util/reply_fields.h"
 
 static constexpr int32_t kProtocolNtp = 1;

@@ -3,8 +3,8 @@
 #include <stdio.h>
 #include <string.h>
 
+#include "camera/pending_actions.h"
 #include "util/packet.h"
-#include "util/pending_actions.h"
 #include "util/validators.h"
 
 static constexpr uint8_t kWireCodes[] = {0, 1, 3, 4, 5};  // by the store's value

@@ -3,7 +3,7 @@
 
 #include <stdint.h>
 
-#include "util/settings.h"
+#include "camera/settings.h"
 
 constexpr int32_t kEncryptionWep = 1;
 constexpr int32_t kKeyText = 0;  // WEP key format: printable

@@ -1,8 +1,8 @@
 #include "landap/landap_function.h"
 
+#include "camera/device.h"
 #include "handlers/commands.h"
 #include "handlers/site_survey.h"
-#include "util/device.h"
 
 int landap_function_init(const char* interfaceName) { return initDevice(interfaceName); }
 

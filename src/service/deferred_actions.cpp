@@ -3,11 +3,11 @@
 #include <signal.h>
 #include <string.h>
 
+#include "camera/pending_actions.h"
 #include "platform.h"
 #include "service/service_state.h"
+#include "system/shell.h"
 #include "util/date_time.h"
-#include "util/pending_actions.h"
-#include "util/shell.h"
 
 static constexpr char kReboot[] = "/var/reboot -d 5 2>/dev/null 1>/dev/null&";
 

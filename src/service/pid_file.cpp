@@ -7,7 +7,7 @@
 #include <string.h>
 #include <unistd.h>
 
-#include "util/trace.h"
+#include "system/trace.h"
 
 // Decimal on purpose, that is octal 01204: boards have come to expect that mode.
 static constexpr mode_t kMode = 644;

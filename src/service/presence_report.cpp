@@ -6,13 +6,13 @@
 #include <sys/socket.h>
 #include <sys/time.h>
 
+#include "camera/device.h"
 #include "protocol/opcodes.h"
 #include "protocol/presence_report.h"
 #include "service/service_state.h"
+#include "system/signal_window.h"
 #include "util/command.h"
-#include "util/device.h"
 #include "util/reply_fields.h"
-#include "util/signal_window.h"
 
 static constexpr int kIntervalSeconds = 30;
 static constexpr char kName[] = "general_report";

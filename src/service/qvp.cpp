@@ -15,9 +15,9 @@
 #include "service/receive_loop.h"
 #include "service/service_state.h"
 #include "service/signals.h"
+#include "system/signal_window.h"
+#include "system/trace.h"
 #include "upgrade/download_state.h"
-#include "util/signal_window.h"
-#include "util/trace.h"
 
 static constexpr useconds_t kDrainMicroseconds = 200;
 

@@ -11,9 +11,9 @@
 #include "service/deferred_actions.h"
 #include "service/dispatch.h"
 #include "service/service_state.h"
+#include "system/signal_window.h"
+#include "system/trace.h"
 #include "util/packet.h"
-#include "util/signal_window.h"
-#include "util/trace.h"
 
 static constexpr int kCapacity = kDatagramSize;
 

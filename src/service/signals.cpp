@@ -5,8 +5,8 @@
 
 #include "service/presence_report.h"
 #include "service/service_state.h"
-#include "util/signal_window.h"
-#include "util/trace.h"
+#include "system/signal_window.h"
+#include "system/trace.h"
 
 static constexpr char kName[] = "signal_handler";
 

@@ -4,10 +4,10 @@
 #include <string.h>
 
 #include "platform.h"
+#include "system/shell.h"
 #include "upgrade/download_url.h"
 #include "upgrade/http_download.h"
 #include "upgrade/install.h"
-#include "util/shell.h"
 
 static constexpr int kUpgradeStateSlot = 4;
 static constexpr int kUpgradeDone = 2;

@@ -3,8 +3,8 @@
 #include <unistd.h>
 
 #include "platform.h"
-#include "util/shell.h"
-#include "util/trace.h"
+#include "system/shell.h"
+#include "system/trace.h"
 
 int decode_and_unpack_config(uint8_t* data, int32_t length) {
     if (data == nullptr || length < 1) return -1;

@@ -2,11 +2,11 @@
 
 #include <string.h>
 
+#include "camera/device.h"
 #include "protocol/credentials.h"
+#include "system/trace.h"
 #include "util/credentials.h"
-#include "util/device.h"
 #include "util/packet.h"
-#include "util/trace.h"
 #include "util/validators.h"
 
 void traceHandler(const Family& family, const char* command, int line) {

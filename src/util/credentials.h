@@ -1,8 +1,8 @@
 // The administrator's name and password.
 #pragma once
 
+#include "camera/settings.h"
 #include "protocol/credentials.h"
-#include "util/settings.h"
 
 // Compares Base64 texts with what the store holds in the clear. Returns 0 when both match, -1 when not or for a null
 // argument.

@@ -6,11 +6,11 @@
 #include <string.h>
 #include <time.h>
 
+#include "camera/settings.h"
 #include "platform.h"
-#include "util/settings.h"
-#include "util/shell.h"
-#include "util/signal_window.h"
-#include "util/trace.h"
+#include "system/shell.h"
+#include "system/signal_window.h"
+#include "system/trace.h"
 
 static constexpr char kWriteRealTimeClock[] = "/usr/sbin/rtcfg -w 2>/dev/null 1>/dev/null";
 static constexpr char kTimeUpdate[] = "/usr/sbin/msger camsvr 0 ctimeupdate 0 1 2>/dev/null 1>/dev/null";

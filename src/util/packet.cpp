@@ -1,7 +1,7 @@
 #include "util/packet.h"
 
+#include "camera/device.h"
 #include "platform.h"
-#include "util/device.h"
 
 Ipv4 interfaceAddress() {
     Ipv4 address = {};

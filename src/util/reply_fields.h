@@ -1,9 +1,9 @@
 // Fields that more than one datagram carries, straight from their source.
 #pragma once
 
+#include "camera/settings.h"
 #include "platform.h"
 #include "util/packet.h"
-#include "util/settings.h"
 
 // A text of the store, at most `most` bytes of it.
 template <size_t Size>

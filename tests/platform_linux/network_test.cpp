@@ -8,10 +8,10 @@
 #include <cstdlib>
 #include <optional>
 
-#include "../../platform/linux/network_files.h"
-#include "../../platform/linux/wireless_interface.h"
+#include "network/network_files.h"
 #include "platform.h"
 #include "store_fixture.h"
+#include "wireless/wireless_interface.h"
 
 using Bytes4 = std::array<uint8_t, 4>;
 using Address = std::optional<Bytes4>;
@@ -90,17 +90,17 @@ TEST(NameServers, AreTheFirstTwoWithIpv4) {
         const char* file;
         Address first, second;
     } rows[] = {
-        {"nameserver 192.0.2.1\nnameserver 192.0.2.2\nnameserver 192.0.2.3\n",                                 Bytes4{192, 0, 2, 1},
-         Bytes4{192, 0, 2, 2}                                                                                                          },
+        {"nameserver 192.0.2.1\nnameserver 192.0.2.2\nnameserver 192.0.2.3\n", Bytes4{192, 0, 2, 1},
+         Bytes4{192, 0, 2, 2}},
         {"search lan\n# nameserver 1.1.1.1\n;nameserver 2.2.2.2\noptions a\nnameserver\t10.0.0.1 \r\n",
          Bytes4{10, 0, 0, 1},
-         {}                                                                                                                            },
-        {"nameserver fe80::1\n nameserver   10.0.0.1\nnameserver ::1\nnameserver 255.255.255.255",             Bytes4{10, 0, 0, 1},
-         Bytes4{255, 255, 255, 255}                                                                                                    },
-        {"nameserver 10.0.0.256\nnameserver 10.0.0\nnameserver 10.0.0.1.2\nnameserver\nnameserverx 1.2.3.4\n", {},                   {}},
-        {"NAMESERVER 10.0.0.1\nnameserver name.example\nserver 10.0.0.1\n",                                    {},                   {}},
-        {"nameserver 10.0.0.1 # inside\nnameserver 10.0.0.2;\n",                                               Bytes4{10, 0, 0, 1},  {}},
-        {"",                                                                                                   {},                   {}},
+         {}},
+        {"nameserver fe80::1\n nameserver   10.0.0.1\nnameserver ::1\nnameserver 255.255.255.255", Bytes4{10, 0, 0, 1},
+         Bytes4{255, 255, 255, 255}},
+        {"nameserver 10.0.0.256\nnameserver 10.0.0\nnameserver 10.0.0.1.2\nnameserver\nnameserverx 1.2.3.4\n", {}, {}},
+        {"NAMESERVER 10.0.0.1\nnameserver name.example\nserver 10.0.0.1\n", {}, {}},
+        {"nameserver 10.0.0.1 # inside\nnameserver 10.0.0.2;\n", Bytes4{10, 0, 0, 1}, {}},
+        {"", {}, {}},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(nameServer(row.file, 0), row.first) << row.file;

@@ -1,4 +1,4 @@
-#include "../../platform/linux/run_program.h"
+#include "common/run_program.h"
 
 #include <gtest/gtest.h>
 
@@ -28,14 +28,14 @@ TEST(RunProgram, GivesOutputAndStatus) {
         int status;
         const char* output;
     } rows[] = {
-        {"printf abc",                                 0,              "abc"},
-        {"printf abc; exit 3",                         3,              "abc"},
-        {"printf a; printf b >&2; printf c",           0,              "ac" },
-        {"true",                                       0,              ""   },
-        {"cat",                                        0,              ""   },
-        {"printf abc; kill -9 $$",                     kStatusUnknown, "abc"},
+        {"printf abc", 0, "abc"},
+        {"printf abc; exit 3", 3, "abc"},
+        {"printf a; printf b >&2; printf c", 0, "ac"},
+        {"true", 0, ""},
+        {"cat", 0, ""},
+        {"printf abc; kill -9 $$", kStatusUnknown, "abc"},
         {"printf %s \"$(printf '%0100d' 0)\"; exit 4", 4,
-         "000000000000000000000000000000000000000000000000000000000000000"  },
+         "000000000000000000000000000000000000000000000000000000000000000"},
     };
     for (const auto& row : rows) {
         const Ran ran = runShell(row.script);

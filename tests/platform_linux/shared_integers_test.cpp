@@ -1,5 +1,5 @@
 // Numbered slots as files of a folder.
-#include "../../platform/linux/shared_integers.h"
+#include "shared_integers.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -71,26 +71,10 @@ TEST_F(SharedIntegers, AreMissingWhereTheTextIsNoNumber) {
         std::string text;
         std::optional<int> value;
     } rows[] = {
-        {"1",            1      },
-        {"1\n",          1      },
-        {"1 \r\n\n",     1      },
-        {"-5\n",         -5     },
-        {"2147483647\n", INT_MAX},
-        {"",             {}     },
-        {"\n",           {}     },
-        {"x",            {}     },
-        {"1x\n",         {}     },
-        {"2147483648\n", {}     },
-        {"1\n2\n",       {}     },
-        {" 1\n",         {}     },
-        {"0x1",          {}     },
-        {"1\0"s,         {}     },
-        {"-2147483649",  {}     },
-        {"\0"s,          {}     },
-        {"1.5",          {}     },
-        {"--1",          {}     },
-        {endless,        {}     },
-        {far,            {}     },
+        {"1", 1},       {"1\n", 1},   {"1 \r\n\n", 1}, {"-5\n", -5},  {"2147483647\n", INT_MAX},
+        {"", {}},       {"\n", {}},   {"x", {}},       {"1x\n", {}},  {"2147483648\n", {}},
+        {"1\n2\n", {}}, {" 1\n", {}}, {"0x1", {}},     {"1\0"s, {}},  {"-2147483649", {}},
+        {"\0"s, {}},    {"1.5", {}},  {"--1", {}},     {endless, {}}, {far, {}},
     };
     for (const auto& row : rows) {
         writeFile(slot(4), row.text);

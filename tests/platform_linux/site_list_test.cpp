@@ -1,5 +1,5 @@
 // Where the list of networks comes from.
-#include "../../platform/linux/site_list.h"
+#include "wireless/site_list.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

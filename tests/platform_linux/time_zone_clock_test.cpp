@@ -5,7 +5,7 @@
 
 #include <set>
 
-#include "../../platform/linux/time_zone.h"
+#include "time_zone/time_zone.h"
 #include "zone_rows.h"
 #include "zone_tools.h"
 
@@ -235,12 +235,12 @@ struct SystemRow {
 };
 
 constexpr SystemRow kSystemRows[] = {
-    {600,  1, nullptr,  "CET-1CEST,M3.5.0,M10.5.0/3\n",            "2026-07-01 02:00:00 +0200 CEST"},
-    {600,  0, nullptr,  "CET-1\n",                                 "2026-07-01 01:00:00 +0100 CET" },
-    {1220, 1, nullptr,  "JST-9\n",                                 "2026-07-01 09:00:00 +0900 JST" },
-    {600,  2, &kEurope, "CET-1<+02>-2,M3.5.0/2:00,M10.5.0/3:00\n", "2026-07-01 02:00:00 +0200 +02" },
-    {1300, 1, nullptr,  "AEST-10AEDT,M10.1.0,M4.1.0/3\n",          "2026-07-01 10:00:00 +1000 AEST"},
-    {510,  1, nullptr,  "UTC0\n",                                  "2026-07-01 00:00:00 +0000 UTC" },
+    {600, 1, nullptr, "CET-1CEST,M3.5.0,M10.5.0/3\n", "2026-07-01 02:00:00 +0200 CEST"},
+    {600, 0, nullptr, "CET-1\n", "2026-07-01 01:00:00 +0100 CET"},
+    {1220, 1, nullptr, "JST-9\n", "2026-07-01 09:00:00 +0900 JST"},
+    {600, 2, &kEurope, "CET-1<+02>-2,M3.5.0/2:00,M10.5.0/3:00\n", "2026-07-01 02:00:00 +0200 +02"},
+    {1300, 1, nullptr, "AEST-10AEDT,M10.1.0,M4.1.0/3\n", "2026-07-01 10:00:00 +1000 AEST"},
+    {510, 1, nullptr, "UTC0\n", "2026-07-01 00:00:00 +0000 UTC"},
 };
 
 static void setEveryZoneOfTheSystem() {

@@ -7,8 +7,8 @@
 #include <ostream>
 #include <set>
 
-#include "../../platform/linux/time_zone.h"
-#include "../../platform/linux/time_zone_table.h"
+#include "time_zone/time_zone.h"
+#include "time_zone/zone_table.h"
 #include "zone_rows.h"
 #include "zone_tools.h"
 
@@ -79,12 +79,8 @@ INSTANTIATE_TEST_SUITE_P(
     AllModes, InstalledText,
     testing::Values(
         // standard time only
-        TextRow{
-            10, 0, {},
-              "<-12>12"
-},
-        TextRow{380, 0, {}, "NST3:30"}, TextRow{530, 0, {}, "GMT0"}, TextRow{600, 0, {}, "CET-1"},
-        TextRow{860, 0, {}, "<+0330>-3:30"}, TextRow{1450, 0, {}, "<+1245>-12:45"},
+        TextRow{10, 0, {}, "<-12>12"}, TextRow{380, 0, {}, "NST3:30"}, TextRow{530, 0, {}, "GMT0"},
+        TextRow{600, 0, {}, "CET-1"}, TextRow{860, 0, {}, "<+0330>-3:30"}, TextRow{1450, 0, {}, "<+1245>-12:45"},
         // the zone's own rule
         TextRow{510, 1, {}, "UTC0"}, TextRow{600, 1, {}, "CET-1CEST,M3.5.0,M10.5.0/3"},
         TextRow{240, 1, {}, "EST5EDT,M3.2.0,M11.1.0"}, TextRow{1220, 1, {}, "JST-9"},
@@ -167,17 +163,12 @@ static std::vector<RefusedRow> rulesWithOneBadNumber() {
     };
     using Rule = TimezoneRule;
     const Bad bads[] = {
-        {&Rule::shift_minutes, {-1440, 1440, INT_MIN, INT_MAX}},
-        {&Rule::start_month,   {0, 13, -1, INT_MIN, INT_MAX}  },
-        {&Rule::start_week,    {0, 6, -1, INT_MIN, INT_MAX}   },
-        {&Rule::start_weekday, {-1, 7, INT_MIN, INT_MAX}      },
-        {&Rule::start_hour,    {-1, 25, INT_MIN, INT_MAX}     },
-        {&Rule::start_minute,  {-1, 60, INT_MIN, INT_MAX}     },
-        {&Rule::stop_month,    {0, 13, -1, INT_MIN, INT_MAX}  },
-        {&Rule::stop_week,     {0, 6, -1, INT_MIN, INT_MAX}   },
-        {&Rule::stop_weekday,  {-1, 7, INT_MIN, INT_MAX}      },
-        {&Rule::stop_hour,     {-1, 25, INT_MIN, INT_MAX}     },
-        {&Rule::stop_minute,   {-1, 60, INT_MIN, INT_MAX}     },
+        {&Rule::shift_minutes, {-1440, 1440, INT_MIN, INT_MAX}}, {&Rule::start_month, {0, 13, -1, INT_MIN, INT_MAX}},
+        {&Rule::start_week, {0, 6, -1, INT_MIN, INT_MAX}},       {&Rule::start_weekday, {-1, 7, INT_MIN, INT_MAX}},
+        {&Rule::start_hour, {-1, 25, INT_MIN, INT_MAX}},         {&Rule::start_minute, {-1, 60, INT_MIN, INT_MAX}},
+        {&Rule::stop_month, {0, 13, -1, INT_MIN, INT_MAX}},      {&Rule::stop_week, {0, 6, -1, INT_MIN, INT_MAX}},
+        {&Rule::stop_weekday, {-1, 7, INT_MIN, INT_MAX}},        {&Rule::stop_hour, {-1, 25, INT_MIN, INT_MAX}},
+        {&Rule::stop_minute, {-1, 60, INT_MIN, INT_MAX}},
     };
     std::vector<RefusedRow> rows;
     for (const Bad& bad : bads) {
@@ -192,13 +183,10 @@ static std::vector<RefusedRow> rulesWithOneBadNumber() {
 INSTANTIATE_TEST_SUITE_P(BadNumbers, Refused, testing::ValuesIn(rulesWithOneBadNumber()));
 
 INSTANTIATE_TEST_SUITE_P(BeyondTheDay, Refused,
-                         testing::Values(
-                             RefusedRow{
-                                 510, 2, {60, 3, 5, 0, 24, 1, 10, 5, 0, 3, 0}
-},
-                             RefusedRow{510, 2, {60, 3, 5, 0, 2, 0, 10, 5, 0, 24, 59}},
-                             RefusedRow{1480, 2, {600, 3, 5, 0, 2, 0, 10, 5, 0, 3, 0}},
-                             RefusedRow{10, 2, {-720, 3, 5, 0, 2, 0, 10, 5, 0, 3, 0}}));
+                         testing::Values(RefusedRow{510, 2, {60, 3, 5, 0, 24, 1, 10, 5, 0, 3, 0}},
+                                         RefusedRow{510, 2, {60, 3, 5, 0, 2, 0, 10, 5, 0, 24, 59}},
+                                         RefusedRow{1480, 2, {600, 3, 5, 0, 2, 0, 10, 5, 0, 3, 0}},
+                                         RefusedRow{10, 2, {-720, 3, 5, 0, 2, 0, 10, 5, 0, 3, 0}}));
 
 TEST(InstallTimeZone, NeedsARuleInTheUsersMode) {
     TemporaryFolder folder;

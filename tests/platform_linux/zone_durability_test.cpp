@@ -8,8 +8,8 @@
 #include <cerrno>
 #include <set>
 
-#include "../../platform/linux/time_zone.h"
 #include "file_calls.h"
+#include "time_zone/time_zone.h"
 #include "zone_tools.h"
 
 namespace fs = std::filesystem;

@@ -1,4 +1,4 @@
-"""Includes only ever point down.
+"""Includes only ever point down, and every folder of sources has its floor.
 
 Usage: layers_test.py SOURCE_FOLDER
 
@@ -8,20 +8,40 @@ import pathlib
 import re
 import sys
 
+LINUX = "platform/linux"
+BELOW_COMMANDS = {"src/util", "src/camera", "src/system", "protocol", "platform"}
 MAY_INCLUDE = {
     "protocol": set(),
     "platform": set(),
-    "platform/linux": {"platform"},
-    "src/util": {"protocol", "platform"},
-    "src/handlers": {"src/util", "protocol", "platform"},
-    "src/upgrade": {"src/util", "protocol", "platform"},
-    "src/landap": {"src/handlers", "src/util"},
+    LINUX: {"platform", f"{LINUX}/common"},
+    f"{LINUX}/common": set(),
+    f"{LINUX}/network": {"platform", f"{LINUX}/common"},
+    f"{LINUX}/store": {"platform", f"{LINUX}/common"},
+    f"{LINUX}/time_zone": {"platform", f"{LINUX}/common"},
+    f"{LINUX}/wireless": {"platform", f"{LINUX}/common"},
+    "src/system": set(),
+    "src/camera": {"platform"},
+    "src/util": {"src/camera", "src/system", "protocol", "platform"},
+    "src/upgrade": BELOW_COMMANDS,
+    "src/handlers": BELOW_COMMANDS,
+    "src/landap": {"src/handlers", "src/util", "src/camera"},
+    "src/service": {"src/handlers", "src/landap", "src/upgrade"} | BELOW_COMMANDS,
     "qvpctl": {"protocol"},
     "qvpctl/commands": {"qvpctl", "protocol"},
-    "src/service": {"src/handlers", "src/landap", "src/upgrade", "src/util", "protocol", "platform"},
 }
-ROOTS = ["", "src", "platform"]  # what the compiler searches
+FLOORS = ["protocol", "platform", "src", "qvpctl"]  # where every folder must be named above
+ROOTS = ["", "src", "platform", LINUX]  # what the compiler searches
 INCLUDE = re.compile(r'^#include "([^"]+)"', re.M)
+
+
+def sources(folder):
+    return sorted(path for path in folder.iterdir() if path.suffix in (".h", ".c", ".cpp"))
+
+
+def unknown_folders(top):
+    folders = {path.parent for floor in FLOORS for path in (top / floor).rglob("*.[ch]*")}
+    names = {folder.relative_to(top).as_posix() for folder in folders if sources(folder)}
+    return [f"{name} has no floor" for name in sorted(names - MAY_INCLUDE.keys())]
 
 
 def target(top, source, name):
@@ -32,9 +52,9 @@ def target(top, source, name):
 
 
 def main(top):
-    faults, count = [], 0
+    faults, count = unknown_folders(top), 0
     for folder, allowed in MAY_INCLUDE.items():
-        for source in sorted((top / folder).glob("*.[ch]*")):
+        for source in sources(top / folder):
             for name in INCLUDE.findall(source.read_text()):
                 count += 1
                 found = target(top, source, name)

@@ -45,12 +45,8 @@ TEST(Camera, EndsTextsAtTheirFields) {
     const auto camera = decodeCamera(kPrimaryFamily, reply);
     ASSERT_TRUE(camera);
     const std::pair<std::string, size_t> rows[] = {
-        {camera->brand,    64},
-        {camera->product,  64},
-        {camera->model,    32},
-        {camera->firmware, 32},
-        {camera->hardware, 32},
-        {camera->name,     64},
+        {camera->brand, 64},    {camera->product, 64},  {camera->model, 32},
+        {camera->firmware, 32}, {camera->hardware, 32}, {camera->name, 64},
     };
     for (const auto& [text, width] : rows) {
         EXPECT_EQ(text, std::string(width, 'x'));
@@ -83,12 +79,12 @@ TEST(Camera, WebUrl) {
         std::optional<std::string> url;
     };
     const Row rows[] = {
-        {{192, 0, 2, 10, 0, 80},      "http://192.0.2.10/"      },
-        {{192, 0, 2, 10, 0, 81},      "http://192.0.2.10:81/"   },
+        {{192, 0, 2, 10, 0, 80}, "http://192.0.2.10/"},
+        {{192, 0, 2, 10, 0, 81}, "http://192.0.2.10:81/"},
         {{192, 0, 2, 10, 0xFF, 0xFF}, "http://192.0.2.10:65535/"},
-        {{192, 0, 2, 10, 80, 0},      "http://192.0.2.10:20480/"},
-        {{192, 0, 2, 10, 0, 0},       std::nullopt              },
-        {{0, 0, 0, 0, 0, 80},         std::nullopt              },
+        {{192, 0, 2, 10, 80, 0}, "http://192.0.2.10:20480/"},
+        {{192, 0, 2, 10, 0, 0}, std::nullopt},
+        {{0, 0, 0, 0, 0, 80}, std::nullopt},
     };
     for (const Row& row : rows) {
         Bytes reply = discoveryReply();

@@ -8,9 +8,9 @@
 #include "qvpctl/text.h"
 
 static const Column kColumns[] = {
-    {"NAME",    "name",    6},
+    {"NAME", "name", 6},
     {"ADDRESS", "address", 9},
-    {"WEB",     "url",     0},
+    {"WEB", "url", 0},
 };
 
 class OutputTest : public testing::Test {
@@ -18,12 +18,7 @@ protected:
     static void SetUpTestSuite() { useUtf8(); }
 
     static Record record(const std::string& name, const std::string& address) {
-        return {
-            {"address", address},
-            {"name",    name   },
-            {"url",     nullptr},
-            {"hidden",  1      }
-        };
+        return {{"address", address}, {"name", name}, {"url", nullptr}, {"hidden", 1}};
     }
 
     std::ostringstream stream_;
@@ -87,13 +82,8 @@ TEST_F(OutputTest, TextOutputsEscapeWhatATerminalWouldObey) {
 
 TEST_F(OutputTest, JsonIsOneAsciiObjectALine) {
     const auto output = jsonLines(stream_);
-    output->add({
-        {"b", "T\xc3\xbcr \"\\\n\x1b\x7f\xc2\x9b"},
-        {"a", "\xff\xc3"                         }
-    });
-    output->add({
-        {"a", 1}
-    });
+    output->add({{"b", "T\xc3\xbcr \"\\\n\x1b\x7f\xc2\x9b"}, {"a", "\xff\xc3"}});
+    output->add({{"a", 1}});
     EXPECT_EQ(stream_.str(),
               "{\"b\":\"T\\u00fcr \\\"\\\\\\n\\u001b\\u007f\\u009b\",\"a\":\"\\ufffd\\ufffd\"}\n"
               "{\"a\":1}\n");
@@ -102,9 +92,7 @@ TEST_F(OutputTest, JsonIsOneAsciiObjectALine) {
 TEST_F(OutputTest, ThatCannotBeWrittenIsASystemError) {
     stream_.setstate(std::ios::badbit);
     try {
-        jsonLines(stream_)->add({
-            {"a", 1}
-        });
+        jsonLines(stream_)->add({{"a", 1}});
         FAIL();
     } catch (const Failure& failure) {
         EXPECT_EQ(failure.code(), 3);

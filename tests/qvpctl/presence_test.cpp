@@ -30,14 +30,7 @@ TEST(Presence, IsNotReadFromAnotherHeader) {
         uint8_t value;
     };
     const Row rows[] = {
-        {0,  0xFE},
-        {1,  0xFE},
-        {4,  0xA1},
-        {5,  0x01},
-        {18, 1   },
-        {19, 2   },
-        {20, 0x28},
-        {21, 0x02},
+        {0, 0xFE}, {1, 0xFE}, {4, 0xA1}, {5, 0x01}, {18, 1}, {19, 2}, {20, 0x28}, {21, 0x02},
     };
     for (const Row& row : rows) {
         Bytes report = presenceReport();

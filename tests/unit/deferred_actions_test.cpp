@@ -4,10 +4,10 @@
 
 #include <vector>
 
+#include "camera/pending_actions.h"
 #include "service/service_state.h"
 #include "support/captured_stderr.h"
 #include "support/handler_test.h"
-#include "util/pending_actions.h"
 
 namespace unit {
 namespace {

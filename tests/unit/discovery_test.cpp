@@ -1,9 +1,9 @@
 #include <cstdlib>
 
+#include "camera/device.h"
 #include "handlers/qvp_function.h"
 #include "landap/landap_function.h"
 #include "support/handler_test.h"
-#include "util/device.h"
 
 namespace unit {
 namespace {

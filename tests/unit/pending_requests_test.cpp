@@ -1,6 +1,6 @@
 // Reboot, factory reset, commit: a reply, and a flag for later.
+#include "camera/pending_actions.h"
 #include "support/handler_test.h"
-#include "util/pending_actions.h"
 
 namespace unit {
 namespace {

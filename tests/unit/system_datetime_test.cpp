@@ -1,8 +1,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "camera/pending_actions.h"
 #include "support/handler_test.h"
-#include "util/pending_actions.h"
 
 namespace unit {
 namespace {

@@ -1,0 +1,147 @@
+#include "store/store_file.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "common/complain.h"
+#include "common/small_file.h"
+#include "store/store_folder.h"
+
+static constexpr int kMostAttempts = 16;
+
+static IniText g_stored;
+static IniText g_changed;
+
+// A file in its state when it was read, to see whether it is still that.
+struct FileState {
+    bool exists;
+    struct stat status;
+};
+
+static bool isSameState(const FileState& left, const FileState& right) {
+    if (left.exists != right.exists) return false;
+    if (!left.exists) return true;
+    const struct stat& a = left.status;
+    const struct stat& b = right.status;
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino && a.st_size == b.st_size &&
+           a.st_mtim.tv_sec == b.st_mtim.tv_sec && a.st_mtim.tv_nsec == b.st_mtim.tv_nsec;
+}
+
+const char* storePath() {
+    const char* path = getenv("QVP_STORE");
+    return path != nullptr && path[0] != '\0' ? path : "/etc/qvp/camera.ini";
+}
+
+static int closeKeepingErrno(int descriptor, int result) {
+    int reason = errno;
+    close(descriptor);
+    errno = reason;
+    return result;
+}
+
+static int readRegularFile(int descriptor, IniText* text, struct stat* status) {
+    if (fstat(descriptor, status) != 0) return -1;
+    if (!S_ISREG(status->st_mode)) {
+        errno = S_ISDIR(status->st_mode) ? EISDIR : ENOTSUP;
+        return -1;
+    }
+    return iniRead(descriptor, text);
+}
+
+const IniText* storeLoad() {
+    struct stat status;
+    int descriptor = open(storePath(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (descriptor < 0) return nullptr;
+    return closeKeepingErrno(descriptor, readRegularFile(descriptor, &g_stored, &status)) == 0 ? &g_stored : nullptr;
+}
+
+// A store that is not there yet is an empty one.
+static int loadForChange(const StoreFolder& folder, IniText* text, FileState* state) {
+    *state = {};
+    text->length = 0;
+    int descriptor = openat(folder.descriptor, folder.file, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW);
+    if (descriptor < 0) return errno == ENOENT ? 0 : -1;
+    state->exists = true;
+    return closeKeepingErrno(descriptor, readRegularFile(descriptor, text, &state->status));
+}
+
+static bool isUnchanged(const StoreFolder& folder, const FileState& before) {
+    FileState now = {};
+    now.exists = fstatat(folder.descriptor, folder.file, &now.status, AT_SYMLINK_NOFOLLOW) == 0;
+    return isSameState(before, now);
+}
+
+// The new file is its owner's as the old one was; only the superuser can give a file away, so for others it stays
+// theirs.
+static int copyAttributes(int descriptor, const FileState& before) {
+    if (!before.exists) return 0;
+    if (before.status.st_uid != geteuid() || before.status.st_gid != getegid()) {
+        (void)!fchown(descriptor, before.status.st_uid, before.status.st_gid);
+    }
+    return fchmod(descriptor, before.status.st_mode & 07777);
+}
+
+// Its name is fixed, so one that a power cut left is not there for ever. It holds passwords: nobody else may read it.
+static int writeTemporary(const StoreFolder& folder, const IniText* text, const FileState& before) {
+    unlinkat(folder.descriptor, folder.temporary, 0);
+    int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+    int descriptor = openat(folder.descriptor, folder.temporary, flags, 0600);
+    if (descriptor < 0) return -1;
+    int result = copyAttributes(descriptor, before);
+    if (result == 0) result = writeAll(descriptor, text->bytes, text->length);
+    if (result == 0) result = fsync(descriptor);
+    return closeKeepingErrno(descriptor, result);
+}
+
+// Puts the temporary file in the store's place. EAGAIN: the store is no longer what was read.
+static int moveIntoPlace(const StoreFolder& folder, const FileState& before) {
+    if (!isUnchanged(folder, before)) {
+        errno = EAGAIN;
+        return -1;
+    }
+    return renameat(folder.descriptor, folder.temporary, folder.descriptor, folder.file);
+}
+
+// Before it the old file may come back after a power cut. Some file systems have nothing to do for a folder.
+static int syncFolder(int descriptor) { return fsync(descriptor) == 0 || errno == EINVAL ? 0 : -1; }
+
+static int replaceFile(const StoreFolder& folder, const IniText* text, const FileState& before) {
+    if (writeTemporary(folder, text, before) == 0 && moveIntoPlace(folder, before) == 0) {
+        return syncFolder(folder.descriptor);
+    }
+    int reason = errno;
+    unlinkat(folder.descriptor, folder.temporary, 0);
+    errno = reason;
+    return -1;
+}
+
+static int changeOnce(const StoreFolder& folder, const char* section, const char* name, const char* value) {
+    FileState before;
+    if (loadForChange(folder, &g_stored, &before) != 0) return -1;
+    if (iniChange(&g_stored, section, name, value, &g_changed) != 0) return -1;
+    if (g_stored.length == g_changed.length && memcmp(g_stored.bytes, g_changed.bytes, g_changed.length) == 0) return 0;
+    return replaceFile(folder, &g_changed, before);
+}
+
+static int change(const char* section, const char* name, const char* value) {
+    StoreFolder folder;
+    if (lockStoreFolder(storePath(), &folder) != 0) return -1;
+    int result = -1;
+    for (int attempt = 0; attempt < kMostAttempts; ++attempt) {
+        result = changeOnce(folder, section, name, value);
+        if (result == 0 || errno != EAGAIN) break;
+    }
+    return closeKeepingErrno(folder.descriptor, result);
+}
+
+int storeSet(const char* section, const char* name, const char* value) {
+    if (change(section, name, value) == 0) return 0;
+    const char* reason = errno == EAGAIN ? "another program keeps it busy" : strerror(errno);
+    complain("cannot write %s/%s to %s: %s", section, name, storePath(), reason);
+    return -1;
+}

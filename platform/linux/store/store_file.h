@@ -1,0 +1,14 @@
+// The configuration store's file as a whole: read, and replaced so that a power cut leaves the old file or the new one.
+#pragma once
+
+#include "store/ini_file.h"
+
+// $QVP_STORE, else /etc/qvp/camera.ini.
+const char* storePath();
+
+// Reads the file as it is now; null when it cannot be read. Valid until the next call of this file's functions.
+const IniText* storeLoad();
+
+// Sets one field in the file as it is on disk now, under a lock; a file that has the very bytes already is not written.
+// Returns 0, or -1 after a line on standard error.
+int storeSet(const char* section, const char* name, const char* value);
