@@ -15,17 +15,20 @@ extern "C" {
 //
 // Sections of named keys. The store knows the type of every key, and with it what *out and *value are:
 //   text    char[256], NUL-terminated, at most 255 bytes in front of the NUL
-//   number  int32_t; the two version numbers of section `System`, MainVersion and FirmwareVersion, are uint16_t
+//   number  int32_t
+//   short   uint16_t
 //   flag    uint8_t
-// docs/porting.md lists the keys with their types.
+// store_keys.h lists the keys with their types.
 
 // Returns 0, or -1 with *out untouched when there is no such key. The daemon clears *out before each call and does not
 // look at the result.
 int cfgRead(const char* section, const char* key, void* out);
 
+enum { kWriteThrough = 1 };  // `flag` of cfgWrite: to permanent storage
+
 // Returns 0 once the value is stored for good, -1 when it could not be: the store is then as it was, or at worst holds
-// the value without being safe from a power cut. `flag` is always 1: write through to permanent storage. The daemon
-// does not look at the result.
+// the value without being safe from a power cut. `flag` is always kWriteThrough. The daemon does not look at
+// the result.
 int cfgWrite(const char* section, const char* key, const void* value, int flag);
 
 // The names in an ini file, in file order: its sections, and the fields of one section. Null when there are none, or no
@@ -64,8 +67,11 @@ const char* usrGetGroupName(const char* name);
 
 // --- Shared system information -------------------------------------------------------------------------------------
 //
-// Integers in numbered slots, shared with the other programs of the camera. Slot 4 is the state of a firmware upgrade:
-// 1 running, 2 done, 3 failed. SIWriteInt is also called from the upgrade worker's thread.
+// Integers in numbered slots, shared with the other programs of the camera. SIWriteInt is also called from the upgrade
+// worker's thread.
+
+enum { kUpgradeStateSlot = 4 };                                      // how far a firmware upgrade is
+enum { kUpgradeRunning = 1, kUpgradeDone = 2, kUpgradeFailed = 3 };  // what stands there
 
 int SIReadInt(int slot, int* value);  // 0, or -1 with *value untouched
 int SIWriteInt(int slot, int value);  // 0, or -1
@@ -73,7 +79,9 @@ int SIWriteInt(int slot, int value);  // 0, or -1
 // --- Time zones ----------------------------------------------------------------------------------------------------
 //
 // A zone has two numbers: the internal id that the store keeps (DATETIME / TimeZone) and the id that configuration
-// tools use on the wire, 0 to 255. `table` is always 2.
+// tools use on the wire, 0 to 255. `table` is always kTimezoneTable.
+
+enum { kTimezoneTable = 2 };
 
 int get_oem_timezone_id(int table, int id);        // internal id to wire id, -1: none
 int get_real_timezone_id(int table, int wire_id);  // wire id to internal id, -1: none
@@ -86,9 +94,15 @@ struct TimezoneRule {
     int32_t stop_month, stop_week, stop_weekday, stop_hour, stop_minute;
 };
 
+// `mode` of set_timezone.
+enum {
+    kNoDaylightSaving        = 0,  // standard time all year
+    kDaylightSavingOfTheZone = 1,
+    kDaylightSavingOfTheUser = 2,  // by a rule
+};
+
 // Installs the zone for the whole system, so that every process sees it from its next tzset on. `zero` is always 0.
-// `mode`: 0 standard time all year, 1 the zone's own daylight saving, 2 daylight saving by `rule` (null otherwise).
-// Returns 0, or -1 with the system's zone as it was.
+// `rule` is null but for the last of the modes. Returns 0, or -1 with the system's zone as it was.
 int set_timezone(int zero, int id, int mode, const struct TimezoneRule* rule);
 
 // --- Wireless ------------------------------------------------------------------------------------------------------

@@ -4,34 +4,25 @@
 
 #include "platform.h"
 
-static constexpr int kWriteThrough = 1;
-
-void readText(const char* section, const char* key, char (&text)[kTextSize]) {
+void read(TextKey key, char (&text)[kTextSize]) {
     memset(text, 0, sizeof text);
-    cfgRead(section, key, text);
+    cfgRead(key.section, key.name, text);
     text[kTextSize - 1] = '\0';
 }
 
-int32_t readNumber(const char* section, const char* key) {
-    int32_t value = 0;
-    cfgRead(section, key, &value);
+template <typename Value, typename Key>
+static Value readCleared(Key key) {
+    Value value = 0;
+    cfgRead(key.section, key.name, &value);
     return value;
 }
 
-uint16_t readNumber16(const char* section, const char* key) {
-    uint16_t value = 0;
-    cfgRead(section, key, &value);
-    return value;
-}
+int32_t read(NumberKey key) { return readCleared<int32_t>(key); }
+uint16_t read(ShortKey key) { return readCleared<uint16_t>(key); }
+uint8_t read(FlagKey key) { return readCleared<uint8_t>(key); }
 
-uint8_t readFlag(const char* section, const char* key) {
-    uint8_t value = 0;
-    cfgRead(section, key, &value);
-    return value;
-}
+void readInto(FlagKey key, uint8_t& value) { cfgRead(key.section, key.name, &value); }
 
-void writeText(const char* section, const char* key, const char* text) { cfgWrite(section, key, text, kWriteThrough); }
-
-void writeNumber(const char* section, const char* key, int32_t value) { cfgWrite(section, key, &value, kWriteThrough); }
-
-void writeFlag(const char* section, const char* key, uint8_t value) { cfgWrite(section, key, &value, kWriteThrough); }
+void write(TextKey key, const char (&text)[kTextSize]) { cfgWrite(key.section, key.name, text, kWriteThrough); }
+void write(NumberKey key, int32_t value) { cfgWrite(key.section, key.name, &value, kWriteThrough); }
+void write(FlagKey key, uint8_t value) { cfgWrite(key.section, key.name, &value, kWriteThrough); }

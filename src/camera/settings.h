@@ -1,15 +1,21 @@
-// The configuration store, read into cleared values: a key that is missing reads as empty or 0.
+// The configuration store, read into cleared values: a key that is missing reads as empty or 0. The type of the key
+// chooses the function, so that one of the wrong type does not compile.
 #pragma once
 
 #include <stdint.h>
 
-constexpr int kTextSize = 256;  // of every text the store hands over
+#include "store_keys.h"
 
-void readText(const char* section, const char* key, char (&text)[kTextSize]);
-int32_t readNumber(const char* section, const char* key);
-uint16_t readNumber16(const char* section, const char* key);
-uint8_t readFlag(const char* section, const char* key);
+constexpr int kTextSize = 256;  // of every text the store hands over or takes
 
-void writeText(const char* section, const char* key, const char* text);
-void writeNumber(const char* section, const char* key, int32_t value);
-void writeFlag(const char* section, const char* key, uint8_t value);
+void read(TextKey key, char (&text)[kTextSize]);
+int32_t read(NumberKey key);
+uint16_t read(ShortKey key);
+uint8_t read(FlagKey key);
+
+// Leaves the value as it is when the key is missing.
+void readInto(FlagKey key, uint8_t& value);
+
+void write(TextKey key, const char (&text)[kTextSize]);
+void write(NumberKey key, int32_t value);
+void write(FlagKey key, uint8_t value);

@@ -36,7 +36,7 @@ static void setSystemPassword(const char* password) {
     char user[kTextSize];
     char escaped[2 * kTextSize];
     char command[sizeof user + sizeof escaped + 64];
-    readText("USER_ADMIN", "Username1", user);
+    read(kAdministratorName, user);
     user[kLongestUser] = '\0';
     escape(escaped, password);
     snprintf(command, sizeof command, "/usr/sbin/set_passwd -u \"%s\" -p \"%s\"  2>/dev/null 1>/dev/null", user,
@@ -47,7 +47,7 @@ static void setSystemPassword(const char* password) {
 static void changeAdmin(const uint8_t* request, uint8_t*) {
     char password[kTextSize];
     decodeField(password, view<ChangeAdminRequest>(request).new_password);
-    writeText("USER_ADMIN", "Password1", password);
+    write(kAdministratorPassword, password);
     setSystemPassword(password);
     g_nAuthReset = 1;
 }

@@ -18,21 +18,21 @@ static uint32_t check(const BasicInfoRequest& in) {
     return in.dhcp >= 2 ? kBadAddressMode : kAccepted;
 }
 
-static void writeAddress(const char* key, Ipv4 address) {
+static void writeAddress(TextKey key, Ipv4 address) {
     char text[kTextSize] = {};
     const uint8_t* octets = address.bytes;
     snprintf(text, sizeof text, "%d.%d.%d.%d", octets[0], octets[1], octets[2], octets[3]);
-    writeText("NETWORK_V4", key, text);
+    write(key, text);
 }
 
 static void writeAddressing(const BasicInfoRequest& in) {
-    writeNumber("NETWORK_V4", "BootProto", in.dhcp);
+    write(kBootProtocol, in.dhcp);
     if (in.dhcp != 0) return;
-    writeAddress("IP", in.address);
-    writeAddress("SubnetMask", in.mask);
-    writeAddress("Gateway", in.gateway);
-    writeAddress("DNS0", in.dns);
-    writeAddress("DNS1", in.dns2);
+    writeAddress(kIpAddress, in.address);
+    writeAddress(kSubnetMask, in.mask);
+    writeAddress(kGateway, in.gateway);
+    writeAddress(kNameServer, in.dns);
+    writeAddress(kSecondNameServer, in.dns2);
 }
 
 static void setBasicInfo(const uint8_t* request, uint8_t* reply) {
@@ -41,9 +41,9 @@ static void setBasicInfo(const uint8_t* request, uint8_t* reply) {
     char name[kTextSize];
     takeText(name, in.name);
     name[kLongestName] = '\0';
-    writeText("CAMSYSTEM", "CameraName", name);
+    write(kCameraName, name);
     g_nDeviceNameReset = 1;
-    writeNumber("HTTP", "Port", load(in.http_port));
+    write(kHttpPort, load(in.http_port));
     g_nWebServerReset = 1;
     writeAddressing(in);
     g_nNetworkReset = 1;

@@ -3,37 +3,36 @@
 
 #include "camera/device.h"
 #include "handlers/commands.h"
+#include "platform.h"
 #include "util/reply_fields.h"
 
-static constexpr int32_t kDhcp = 1;
-
 static void putIdentity(LandapDiscoveryReply& out, uint8_t generation) {
-    putStoredText(out.brand, "INFO", "BrandName");
-    putStoredText(out.product, "INFO", "Product");
-    putStoredText(out.model, "System", "ModelName");
+    putStoredText(out.brand, kBrandName);
+    putStoredText(out.product, kProduct);
+    putStoredText(out.model, kModelName);
     putFirmwareVersion(out.firmware);
-    readNumber("INFO", "Build");  // asked for by custom, sent nowhere
+    read(kBuild);  // asked for by custom, sent nowhere
     out.generation = generation;
     out.constant_0 = 0;
     out.constant_1 = 1;
     memcpy(out.mac.bytes, g_uDeviceMac, sizeof out.mac);
-    putStoredText(out.name, "CAMSYSTEM", "CameraName");
+    putStoredText(out.name, kCameraName);
 }
 
 static void putNetwork(LandapDiscoveryReply& out) {
     out.address = interfaceAddress();
-    out.http_port = be16(static_cast<uint32_t>(readNumber("HTTP", "Port")));
+    out.http_port = be16(static_cast<uint32_t>(read(kHttpPort)));
     net_get_netmask(g_szInterfaceName, out.mask.bytes);
     net_get_gateway(g_szInterfaceName, out.gateway.bytes);
     net_get_dns(out.dns.bytes);
     net_get_dns2(out.dns2.bytes);
-    out.dhcp = readNumber("NETWORK_V4", "BootProto") == kDhcp ? 1 : 0;
+    out.dhcp = read(kBootProtocol) == kBootProtocolDhcp ? 1 : 0;
 }
 
 static void putClock(LandapDiscoveryReply& out) {
     putLocalTime(out.local_time);
     out.timezone = storedTimezone();
-    out.daylight_saving = readFlag("DATETIME", "DayLightSaving");
+    out.daylight_saving = read(kDaylightSaving);
 }
 
 static void putRecord(LandapDiscoveryReply& out, uint8_t generation) {
@@ -45,7 +44,7 @@ static void putRecord(LandapDiscoveryReply& out, uint8_t generation) {
 static void describe(const uint8_t*, uint8_t* reply) {
     DiscoveryReply& out = view<DiscoveryReply>(reply);
     putRecord(out.common, 3);
-    putStoredText(out.hardware, "INFO", "HWVersion");
+    putStoredText(out.hardware, kHardwareVersion);
 }
 
 static void describeShort(const uint8_t*, uint8_t* reply) { putRecord(view<LandapDiscoveryReply>(reply), 1); }

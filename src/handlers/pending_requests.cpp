@@ -4,9 +4,6 @@
 #include "platform.h"
 #include "protocol/setting_reply.h"
 
-static constexpr int kUpgradeStateSlot = 4;
-static constexpr int kUpgradeRunning = 1;
-
 // 0 while a firmware upgrade runs, and with it goes an earlier request not yet carried out; the requester is not told.
 static int32_t unlessUpgrading() {
     int state = 0;

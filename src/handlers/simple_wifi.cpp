@@ -10,18 +10,18 @@ static constexpr uint8_t kCapabilities[2] = {0x0F, 0x1B};
 
 static void readActiveKey(int32_t encryption, char (&key)[kTextSize]) {
     memset(key, 0, sizeof key);
-    if (encryption == kEncryptionWep) readWepKey(readNumber("WIRELESS", "WEPActiveKey"), key);
-    if (usesPreSharedKey(encryption)) readText("WIRELESS", "PreSharedKey", key);
+    if (encryption == kEncryptionWep) readWepKey(read(kWifiActiveWepKey), key);
+    if (usesPreSharedKey(encryption)) read(kWifiPreSharedKey, key);
 }
 
 static void getSimpleWifi(const uint8_t*, uint8_t* reply) {
     SimpleWifiBlock& out = view<SimpleWifiReply>(reply).block;
-    out.enable = readFlag("WIRELESS", "Enable");
-    putEndedText(out.ssid, "WIRELESS", "SSID");
-    out.mode = static_cast<uint8_t>(readNumber("WIRELESS", "Mode"));
-    out.channel = static_cast<uint8_t>(readNumber("WIRELESS", "Channel"));
-    out.authentication = wireAuthentication(readNumber("WIRELESS", "Authentication"));
-    int32_t encryption = readNumber("WIRELESS", "Encryption");
+    out.enable = read(kWifiEnable);
+    putEndedText(out.ssid, kWifiSsid);
+    out.mode = static_cast<uint8_t>(read(kWifiMode));
+    out.channel = static_cast<uint8_t>(read(kWifiChannel));
+    out.authentication = wireAuthentication(read(kWifiAuthentication));
+    int32_t encryption = read(kWifiEncryption);
     out.encryption = static_cast<uint8_t>(encryption);
     char key[kTextSize];
     readActiveKey(encryption, key);
@@ -44,9 +44,9 @@ static uint32_t check(const SimpleWifiBlock& in, const WifiSettings& settings) {
 }
 
 static uint32_t checkKey(SimpleWifiChange& change) {
-    int32_t format = readNumber("WIRELESS", "WEPKeyFormat");
-    int32_t length = readNumber("WIRELESS", "WEPKeyLength");
-    change.activeKey = readNumber("WIRELESS", "WEPActiveKey");
+    int32_t format = read(kWifiWepKeyFormat);
+    int32_t length = read(kWifiWepKeyLength);
+    change.activeKey = read(kWifiActiveWepKey);
     int32_t encryption = change.settings.encryption;
     if (encryption == kEncryptionWep && !isWepKey(change.key, format, length)) return kBadWepKey;
     if (usesPreSharedKey(encryption) && !isPreSharedKey(change.key)) return kBadPreSharedKey;
@@ -67,7 +67,7 @@ static void setSimpleWifi(const uint8_t* request, uint8_t* reply) {
     if (why != kAccepted) return refuse(reply, why);
     writeWifiSettings(change.settings);
     if (in.encryption == kEncryptionWep) writeWepKey(change.activeKey, change.key);
-    if (usesPreSharedKey(in.encryption)) writeText("WIRELESS", "PreSharedKey", change.key);
+    if (usesPreSharedKey(in.encryption)) write(kWifiPreSharedKey, change.key);
     finishWifiChange(reply);
 }
 

@@ -5,19 +5,17 @@
 
 #include "camera/pending_actions.h"
 #include "handlers/commands.h"
+#include "platform.h"
 #include "protocol/result_codes.h"
 #include "util/reply_fields.h"
-
-static constexpr int32_t kProtocolNtp = 1;
-static constexpr int kTimezoneTable = 2;
 
 static void getDatetime(const uint8_t*, uint8_t* reply) {
     DatetimeReply& out = view<DatetimeReply>(reply);
     putLocalTime(out.local_time);
     out.timezone = storedTimezone();
-    out.daylight_saving = readFlag("DATETIME", "DayLightSaving");
-    out.ntp = readNumber("DATETIME", "Protocol") == kProtocolNtp ? 1 : 0;
-    putStoredText(out.ntp_server, "DATETIME", "NTPServerIP");
+    out.daylight_saving = read(kDaylightSaving);
+    out.ntp = read(kTimeProtocol) == kTimeProtocolNtp ? 1 : 0;
+    putStoredText(out.ntp_server, kNtpServer);
 }
 
 struct WallTime {
@@ -72,10 +70,10 @@ static void setDatetime(const uint8_t* request, uint8_t* reply) {
     handOver(time);
     char server[kTextSize];
     takeLongText(server, request, in.ntp_server);
-    writeNumber("DATETIME", "TimeZone", zone);
-    writeFlag("DATETIME", "DayLightSaving", in.daylight_saving);
-    writeNumber("DATETIME", "Protocol", in.ntp != 0 ? kProtocolNtp : 0);
-    writeText("DATETIME", "NTPServerIP", server);
+    write(kTimezone, zone);
+    write(kDaylightSaving, in.daylight_saving);
+    write(kTimeProtocol, in.ntp != 0 ? kTimeProtocolNtp : 0);
+    write(kNtpServer, server);
     g_nResetTime = 1;
 }
 

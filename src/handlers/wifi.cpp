@@ -16,23 +16,23 @@ static uint8_t nibbles(int32_t low, int32_t high) {
 
 static void getWifi(const uint8_t*, uint8_t* reply) {
     WifiBlock& out = view<WifiReply>(reply).block;
-    out.enable = readFlag("WIRELESS", "Enable");
-    out.channel = static_cast<uint8_t>(readNumber("WIRELESS", "Channel"));
-    putEndedText(out.ssid, "WIRELESS", "SSID");
-    int32_t mode = readNumber("WIRELESS", "Mode");
-    int32_t authentication = readNumber("WIRELESS", "Authentication");
-    int32_t encryption = readNumber("WIRELESS", "Encryption");
-    int32_t keyFormat = readNumber("WIRELESS", "WEPKeyFormat");
-    int32_t keyLength = readNumber("WIRELESS", "WEPKeyLength");
-    int32_t activeKey = readNumber("WIRELESS", "WEPActiveKey");
+    out.enable = read(kWifiEnable);
+    out.channel = static_cast<uint8_t>(read(kWifiChannel));
+    putEndedText(out.ssid, kWifiSsid);
+    int32_t mode = read(kWifiMode);
+    int32_t authentication = read(kWifiAuthentication);
+    int32_t encryption = read(kWifiEncryption);
+    int32_t keyFormat = read(kWifiWepKeyFormat);
+    int32_t keyLength = read(kWifiWepKeyLength);
+    int32_t activeKey = read(kWifiActiveWepKey);
     out.mode_encryption = nibbles(mode, encryption);
     out.auth_key_length = nibbles(wireAuthentication(authentication), keyLength);
     out.key_format_active = nibbles(keyFormat, activeKey);
-    putEndedText(out.wep_key[0], "WIRELESS", "WEPKey0");
-    putEndedText(out.wep_key[1], "WIRELESS", "WEPKey1");
-    putEndedText(out.wep_key[2], "WIRELESS", "WEPKey2");
-    putEndedText(out.wep_key[3], "WIRELESS", "WEPKey3");
-    putEndedText(out.pre_shared_key, "WIRELESS", "PreSharedKey");
+    putEndedText(out.wep_key[0], kWifiWepKey0);
+    putEndedText(out.wep_key[1], kWifiWepKey1);
+    putEndedText(out.wep_key[2], kWifiWepKey2);
+    putEndedText(out.wep_key[3], kWifiWepKey3);
+    putEndedText(out.pre_shared_key, kWifiPreSharedKey);
     memcpy(out.capabilities, kCapabilities, sizeof out.capabilities);
 }
 
@@ -86,11 +86,11 @@ static void setWifi(const uint8_t* request, uint8_t* reply) {
     parse(request, change);
     if (uint32_t why = check(request, change); why != kAccepted) return refuse(reply, why);
     writeWifiSettings(change.settings);
-    writeNumber("WIRELESS", "WEPKeyFormat", change.keyFormat);
-    writeNumber("WIRELESS", "WEPKeyLength", change.keyLength);
-    writeNumber("WIRELESS", "WEPActiveKey", change.activeKey);
+    write(kWifiWepKeyFormat, change.keyFormat);
+    write(kWifiWepKeyLength, change.keyLength);
+    write(kWifiActiveWepKey, change.activeKey);
     if (change.settings.encryption == kEncryptionWep) writeWepKey(change.activeKey, change.key);
-    if (usesPreSharedKey(change.settings.encryption)) writeText("WIRELESS", "PreSharedKey", change.key);
+    if (usesPreSharedKey(change.settings.encryption)) write(kWifiPreSharedKey, change.key);
     finishWifiChange(reply);
 }
 

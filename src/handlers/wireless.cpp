@@ -40,45 +40,52 @@ bool isPreSharedKey(const char* key) {
     return (length == 64 ? checkHex(key) : checkAscii(key)) == 0;
 }
 
-static void nameWepKey(char (&name)[24], int32_t index) { snprintf(name, sizeof name, "WEPKey%d", index); }
+// The key of any index, named in `name`: the store decides what becomes of one outside 0-3.
+static TextKey wepKey(int32_t index, char (&name)[24]) {
+    snprintf(name, sizeof name, "WEPKey%d", index);
+    return {kWifiWepKey0.section, name};
+}
 
 void readWepKey(int32_t index, char (&key)[kTextSize]) {
     char name[24];
-    nameWepKey(name, index);
-    readText("WIRELESS", name, key);
+    read(wepKey(index, name), key);
 }
 
-void writeWepKey(int32_t index, const char* key) {
+void writeWepKey(int32_t index, const char (&key)[kTextSize]) {
     char name[24];
-    nameWepKey(name, index);
-    writeText("WIRELESS", name, key);
+    write(wepKey(index, name), key);
 }
 
 void writeWifiSettings(const WifiSettings& settings) {
-    writeNumber("WIRELESS", "Channel", settings.channel);
-    writeText("WIRELESS", "SSID", settings.ssid);
-    writeNumber("WIRELESS", "Mode", settings.mode);
-    writeNumber("WIRELESS", "Authentication", settings.authentication);
-    writeNumber("WIRELESS", "Encryption", settings.encryption);
+    write(kWifiChannel, settings.channel);
+    write(kWifiSsid, settings.ssid);
+    write(kWifiMode, settings.mode);
+    write(kWifiAuthentication, settings.authentication);
+    write(kWifiEncryption, settings.encryption);
 }
 
-static void mirrorText(const char* key) {
+static void mirror(TextKey from, TextKey to) {
     char text[kTextSize];
-    readText("WIRELESS", key, text);
-    writeText("WIRELESS_REP", key, text);
+    read(from, text);
+    write(to, text);
 }
 
-static void mirrorNumber(const char* key) { writeNumber("WIRELESS_REP", key, readNumber("WIRELESS", key)); }
-
-static constexpr const char* kMirroredNumbers[] = {"Channel",      "Authentication", "Encryption",
-                                                   "WEPKeyFormat", "WEPKeyLength",   "WEPActiveKey"};
-static constexpr const char* kMirroredKeys[] = {"WEPKey0", "WEPKey1", "WEPKey2", "WEPKey3", "PreSharedKey"};
+static void mirror(NumberKey from, NumberKey to) { write(to, read(from)); }
 
 static void mirrorToRepeater() {
-    if (readFlag("WIRELESS_REP", "SameWithClient") == 0) return;
-    mirrorText("SSID");
-    for (const char* key : kMirroredNumbers) mirrorNumber(key);
-    for (const char* key : kMirroredKeys) mirrorText(key);
+    if (read(kRepeaterFollowsWifi) == 0) return;
+    mirror(kWifiSsid, kRepeaterSsid);
+    mirror(kWifiChannel, kRepeaterChannel);
+    mirror(kWifiAuthentication, kRepeaterAuthentication);
+    mirror(kWifiEncryption, kRepeaterEncryption);
+    mirror(kWifiWepKeyFormat, kRepeaterWepKeyFormat);
+    mirror(kWifiWepKeyLength, kRepeaterWepKeyLength);
+    mirror(kWifiActiveWepKey, kRepeaterActiveWepKey);
+    mirror(kWifiWepKey0, kRepeaterWepKey0);
+    mirror(kWifiWepKey1, kRepeaterWepKey1);
+    mirror(kWifiWepKey2, kRepeaterWepKey2);
+    mirror(kWifiWepKey3, kRepeaterWepKey3);
+    mirror(kWifiPreSharedKey, kRepeaterPreSharedKey);
 }
 
 void finishWifiChange(uint8_t* reply) {

@@ -29,7 +29,7 @@ bool isWepKey(const char* key, int32_t format, int32_t length);
 bool isPreSharedKey(const char* key);
 
 void readWepKey(int32_t index, char (&key)[kTextSize]);
-void writeWepKey(int32_t index, const char* key);
+void writeWepKey(int32_t index, const char (&key)[kTextSize]);
 
 void writeWifiSettings(const WifiSettings& settings);
 

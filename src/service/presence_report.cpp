@@ -7,6 +7,7 @@
 #include <sys/time.h>
 
 #include "camera/device.h"
+#include "platform.h"
 #include "protocol/opcodes.h"
 #include "protocol/presence_report.h"
 #include "service/service_state.h"
@@ -37,13 +38,13 @@ int general_report(uint8_t* buffer, int capacity) {
     }
     PresenceReport& out = view<PresenceReport>(buffer);
     fillHeader(out.header);
-    putStoredText(out.product, "INFO", "Product");
+    putStoredText(out.product, kProduct);
     putText(out.generation, "3");
     putFirmwareVersion(out.firmware);
-    readNumber("INFO", "Build");  // asked for by custom, sent nowhere
+    read(kBuild);  // asked for by custom, sent nowhere
     memcpy(out.mac.bytes, g_uDeviceMac, sizeof out.mac);
-    putStoredText(out.hardware, "INFO", "HWVersion");
-    putStoredText(out.name, "CAMSYSTEM", "CameraName");
+    putStoredText(out.hardware, kHardwareVersion);
+    putStoredText(out.name, kCameraName);
     out.address = interfaceAddress();
     net_get_netmask(g_szInterfaceName, out.mask.bytes);
     g_nReportCounter++;

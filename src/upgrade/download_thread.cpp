@@ -9,10 +9,6 @@
 #include "upgrade/http_download.h"
 #include "upgrade/install.h"
 
-static constexpr int kUpgradeStateSlot = 4;
-static constexpr int kUpgradeDone = 2;
-static constexpr int kUpgradeFailed = 3;
-
 static constexpr int kSucceeded = 0;
 static constexpr int kRunning = 1;
 static constexpr int kFailed = 2;

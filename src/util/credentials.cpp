@@ -9,8 +9,8 @@ int checkAuthentication(const char* user_b64, const char* pass_b64) {
     if (user_b64 == nullptr || pass_b64 == nullptr) return -1;
     char storedName[kTextSize];
     char storedPassword[kTextSize];
-    readText("USER_ADMIN", "Username1", storedName);
-    readText("USER_ADMIN", "Password1", storedPassword);
+    read(kAdministratorName, storedName);
+    read(kAdministratorPassword, storedPassword);
     char name[kTextSize] = {};
     char password[kTextSize] = {};
     Base64dec(user_b64, name);

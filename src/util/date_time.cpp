@@ -25,8 +25,8 @@ struct RuleDate {
 };
 
 // A text of the rule, as much of it as counts.
-static void readRuleText(const char* key, size_t most, char (&text)[kTextSize]) {
-    readText("DATETIME", key, text);
+static void readRuleText(TextKey key, size_t most, char (&text)[kTextSize]) {
+    read(key, text);
     text[most] = '\0';
 }
 
@@ -53,9 +53,9 @@ static bool readRule(TimezoneRule& rule) {
     RuleDate start;
     RuleDate stop;
     int32_t shift = 0;
-    readRuleText("Offset", 15, offsetText);
-    readRuleText("Starttime", 31, startText);
-    readRuleText("Stoptime", 31, stopText);
+    readRuleText(kDaylightSavingOffset, 15, offsetText);
+    readRuleText(kDaylightSavingStart, 31, startText);
+    readRuleText(kDaylightSavingStop, 31, stopText);
     if (!parseShift(offsetText, shift)) return false;
     if (!parseRuleDate(startText, start) || !parseRuleDate(stopText, stop)) return false;
     rule = {shift,      start.month, start.week,   start.weekday, start.hour, start.minute,
@@ -65,16 +65,16 @@ static bool readRule(TimezoneRule& rule) {
 
 static bool applyTimezone(int32_t zone, bool daylightSaving) {
     if (!daylightSaving) {
-        set_timezone(0, zone, 0, nullptr);
+        set_timezone(0, zone, kNoDaylightSaving, nullptr);
         return true;
     }
-    if (readFlag("DATETIME", "DstAuto") != 0) {
-        set_timezone(0, zone, 1, nullptr);
+    if (read(kDaylightSavingAuto) != 0) {
+        set_timezone(0, zone, kDaylightSavingOfTheZone, nullptr);
         return true;
     }
     TimezoneRule rule;
     if (!readRule(rule)) return false;
-    set_timezone(0, zone, 2, &rule);
+    set_timezone(0, zone, kDaylightSavingOfTheUser, &rule);
     return true;
 }
 
@@ -105,9 +105,9 @@ static void setByHand(const char* text) {
 
 void reset_datetime(const char* text) {
     if (text == nullptr) return;
-    int32_t zone = readNumber("DATETIME", "TimeZone");
-    bool daylightSaving = readFlag("DATETIME", "DayLightSaving") != 0;
-    bool ntp = readNumber("DATETIME", "Protocol") == 1;
+    int32_t zone = read(kTimezone);
+    bool daylightSaving = read(kDaylightSaving) != 0;
+    bool ntp = read(kTimeProtocol) == kTimeProtocolNtp;
     if (!applyTimezone(zone, daylightSaving)) return;
     shell(kTimeUpdate);
     if (ntp) {

@@ -3,13 +3,14 @@
 #include <stdio.h>
 #include <time.h>
 
-static constexpr int kTimezoneTable = 2;
+#include "platform.h"
+
 static constexpr size_t kTimeDigits = 14;
 
 void putFirmwareVersion(uint8_t (&field)[32]) {
     char text[sizeof field];
-    int main = readNumber16("System", "MainVersion");
-    int minor = readNumber16("System", "FirmwareVersion");
+    int main = read(kMainVersion);
+    int minor = read(kFirmwareVersion);
     snprintf(text, sizeof text, "%d.%02d", main, minor);
     putText(field, text);
 }
@@ -26,6 +27,6 @@ void putLocalTime(uint8_t* field) {
 }
 
 Le16 storedTimezone() {
-    int id = get_oem_timezone_id(kTimezoneTable, readNumber("DATETIME", "TimeZone"));
+    int id = get_oem_timezone_id(kTimezoneTable, read(kTimezone));
     return le16(id == -1 ? 0 : static_cast<uint32_t>(id));
 }

@@ -2,21 +2,20 @@
 #pragma once
 
 #include "camera/settings.h"
-#include "platform.h"
 #include "util/packet.h"
 
 // A text of the store, at most `most` bytes of it.
 template <size_t Size>
-void putStoredText(uint8_t (&field)[Size], const char* section, const char* key, size_t most = Size) {
+void putStoredText(uint8_t (&field)[Size], TextKey key, size_t most = Size) {
     char text[kTextSize];
-    readText(section, key, text);
+    read(key, text);
     putText(field, text, most);
 }
 
 // A text field that always ends with a NUL.
 template <size_t Size>
-void putEndedText(uint8_t (&field)[Size], const char* section, const char* key) {
-    putStoredText(field, section, key, Size - 1);
+void putEndedText(uint8_t (&field)[Size], TextKey key) {
+    putStoredText(field, key, Size - 1);
 }
 
 // "<main>.<minor>", the minor number with at least two digits.

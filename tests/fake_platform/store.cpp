@@ -9,7 +9,7 @@
 #include "event_log.h"
 #include "fake_platform.h"
 #include "parts.h"
-#include "store_keys.h"
+#include "key_types.h"
 
 namespace fake {
 namespace {

@@ -1,4 +1,4 @@
-"""The key table of docs/porting.md is that of the reference platform's store.
+"""The key table of docs/porting.md is the list of keys in platform/store_keys.h.
 
 Usage: porting_document_test.py SOURCE_FOLDER
 """
@@ -6,13 +6,14 @@ import pathlib
 import re
 import sys
 
-TYPES = {"kText": "text", "kInt32": "number", "kUint16": "short number", "kFlag": "flag"}
+TYPES = {"TEXT": "text", "NUMBER": "number", "SHORT": "short number", "FLAG": "flag"}
+ROW = re.compile(r'^ +([A-Z]+) *\(k\w+, *"(\w+)", *"(\w+)"\)', re.M)
 
 
 def main(top):
-    code = (top / "platform/linux/store_keys.cpp").read_text()
+    code = (top / "platform/store_keys.h").read_text()
     document = (top / "docs/porting.md").read_text()
-    known = [(section, key, TYPES[kind]) for section, key, kind in re.findall(r'\{"(\w+)",\s*"(\w+)",\s*(k\w+)\s*\}', code)]
+    known = [(section, key, TYPES[kind]) for kind, section, key in ROW.findall(code)]
     told = re.findall(r"^\| `(\w+)` \| `(\w+)` \| ([\w ]+) \|$", document, re.M)
     for row in sorted(set(known) ^ set(told)):
         print("only in the", "code:" if row in known else "document:", *row)

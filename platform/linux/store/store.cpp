@@ -6,8 +6,8 @@
 #include "common/numbers.h"
 #include "platform.h"
 #include "store/ini_value.h"
+#include "store/key_table.h"
 #include "store/store_file.h"
-#include "store/store_keys.h"
 
 // The caller's variable may lie anywhere, at odd addresses too.
 template <typename Number>

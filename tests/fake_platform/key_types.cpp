@@ -1,4 +1,4 @@
-#include "store_keys.h"
+#include "key_types.h"
 
 #include <map>
 #include <utility>
