@@ -4,15 +4,15 @@
 #include "packet_header.h"
 
 // The landap family's whole reply, and the first 334 bytes of the primary family's.
-struct LandapDiscoveryReply {
+struct DiscoveryRecord {
     PacketHeader header;
     uint8_t      brand[64];        // text, no NUL when it fills the field
     uint8_t      product[64];      // text
     uint8_t      model[32];        // text
     uint8_t      firmware[32];     // text "%d.%02d"
-    uint8_t      generation;       // primary 3, landap 1
-    uint8_t      constant_0;       // 0
-    uint8_t      constant_1;       // 1
+    uint8_t      fixed_214;        // primary 3, landap 1; nobody knows why
+    uint8_t      fixed_215;        // 0
+    uint8_t      fixed_216;        // 1
     uint8_t      reserved_217[3];  // zero
     Mac          mac;              // the device's
     uint8_t      name[64];         // camera name, text
@@ -28,18 +28,18 @@ struct LandapDiscoveryReply {
     Le16         timezone;         // id in the tools' numbering, 0 none
     uint8_t      daylight_saving;  // 0 off
 };
-static_assert(sizeof(LandapDiscoveryReply) == 334);
-static_assert(offsetof(LandapDiscoveryReply, generation) == 214);
-static_assert(offsetof(LandapDiscoveryReply, name) == 226);
-static_assert(offsetof(LandapDiscoveryReply, http_port) == 294);
-static_assert(offsetof(LandapDiscoveryReply, local_time) == 315);
-static_assert(offsetof(LandapDiscoveryReply, timezone) == 331);
+static_assert(sizeof(DiscoveryRecord) == 334);
+static_assert(offsetof(DiscoveryRecord, fixed_214) == 214);
+static_assert(offsetof(DiscoveryRecord, name) == 226);
+static_assert(offsetof(DiscoveryRecord, http_port) == 294);
+static_assert(offsetof(DiscoveryRecord, local_time) == 315);
+static_assert(offsetof(DiscoveryRecord, timezone) == 331);
 
 struct DiscoveryReply {
-    LandapDiscoveryReply common;
-    uint8_t              reserved_334[32];   // zero
-    uint8_t              hardware[32];       // hardware version, text
-    uint8_t              reserved_398[107];  // zero
+    DiscoveryRecord common;
+    uint8_t         reserved_334[32];   // zero
+    uint8_t         hardware[32];       // hardware version, text
+    uint8_t         reserved_398[107];  // zero
 };
 static_assert(sizeof(DiscoveryReply) == 505);
 static_assert(offsetof(DiscoveryReply, hardware) == 366);

@@ -6,7 +6,7 @@
 struct PresenceReport {
     PacketHeader header;
     uint8_t      product[64];       // text
-    uint8_t      generation[32];    // the text "3"
+    uint8_t      fixed_86[32];      // the text "3"
     uint8_t      firmware[32];      // text "%d.%02d"
     Mac          mac;               // the device's
     uint8_t      hardware[32];      // hardware version, text

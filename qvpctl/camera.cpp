@@ -7,7 +7,7 @@
 static bool isSet(Ipv4 address) { return addressText(address) != "0.0.0.0"; }
 
 static Camera cameraOf(const DiscoveryReply& reply) {
-    const LandapDiscoveryReply& common = reply.common;
+    const DiscoveryRecord& common = reply.common;
     Camera camera{};
     camera.mac = common.header.mac;
     camera.address = common.address;
@@ -32,9 +32,10 @@ static Camera cameraOf(const DiscoveryReply& reply) {
     return camera;
 }
 
-std::optional<Camera> decodeCamera(const Family& family, std::span<const uint8_t> datagram) {
+std::optional<Camera> decodeCamera(uint16_t protocol, std::span<const uint8_t> datagram) {
     DiscoveryReply reply{};
-    if (datagram.size() != family.discoveryLength || datagram.size() > sizeof reply) {
+    const size_t length = protocol == kLandapProtocol ? sizeof(DiscoveryRecord) : sizeof(DiscoveryReply);
+    if (datagram.size() != length) {
         return std::nullopt;
     }
     memcpy(&reply, datagram.data(), datagram.size());

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "protocol/discovery.h"
 #include "qvpctl/output.h"
-#include "qvpctl/request.h"
 
 struct Camera {
     Mac mac;
@@ -31,7 +31,7 @@ struct Camera {
 
 // Nothing when the datagram has not the length of the family's reply, or is no success. That it answers the request is
 // for the caller to see.
-std::optional<Camera> decodeCamera(const Family& family, std::span<const uint8_t> datagram);
+std::optional<Camera> decodeCamera(uint16_t protocol, std::span<const uint8_t> datagram);
 
 // The address of the web page; none for a camera without address or port.
 std::optional<std::string> webUrl(const Camera& camera);

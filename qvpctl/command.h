@@ -1,4 +1,4 @@
-// What a command is: a row of text for the help, and a function that declares its options and gives back its work.
+// What a subcommand is: a row of text for the help, and a function that declares its options and gives back its work.
 #pragma once
 
 #include <functional>
@@ -10,15 +10,15 @@ class App;
 
 using Work = std::function<int()>;  // returns an ExitCode; throws Failure
 
-struct Command {
+struct Subcommand {
     const char* name;
     const char* summary;             // one line
-    const char* examples;            // shown first in the command's help; lines indented by two blanks
+    const char* examples;            // shown first in its help; lines indented by two blanks
     Work (*prepare)(CLI::App& app);  // the options live as long as the work that is returned
 };
 
-extern const Command kDiscover;
-extern const Command kWatch;
+extern const Subcommand kDiscover;
+extern const Subcommand kWatch;
 
 // Reads the command line and does what it asks; every error ends as one line on standard error. Returns the exit code.
-int runTool(std::span<const Command* const> commands, int argc, char** argv);
+int runTool(std::span<const Subcommand* const> commands, int argc, char** argv);

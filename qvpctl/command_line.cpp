@@ -32,7 +32,7 @@ Failure systemFailure(const std::string& what, int error) {
     return Failure(kSystemError, what + ": " + strerror(error));
 }
 
-static void addCommand(CLI::App& tool, const Command& command, Work& chosen) {
+static void addSubcommand(CLI::App& tool, const Subcommand& command, Work& chosen) {
     CLI::App* app = tool.add_subcommand(command.name, command.summary);
     app->formatter(std::make_shared<ExamplesFirst>(command.examples));
     app->callback([work = command.prepare(*app), &chosen] { chosen = work; });
@@ -50,15 +50,15 @@ static int reportUsage(const CLI::App& tool, const CLI::ParseError& error) {
     return kUsageError;
 }
 
-int runTool(std::span<const Command* const> commands, int argc, char** argv) {
+int runTool(std::span<const Subcommand* const> commands, int argc, char** argv) {
     CLI::App tool("Finds cameras on the local network and shows what they say of themselves.", "qvpctl");
     tool.formatter(std::make_shared<ExamplesFirst>(kExamples));
     tool.footer(kExitCodes);
     tool.set_version_flag("--version", "qvpctl " QVPCTL_VERSION, "Print the version and exit");
     tool.require_subcommand(1);
     Work chosen;
-    for (const Command* command : commands) {
-        addCommand(tool, *command, chosen);
+    for (const Subcommand* command : commands) {
+        addSubcommand(tool, *command, chosen);
     }
     try {
         tool.parse(argc, argv);

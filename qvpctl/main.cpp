@@ -3,12 +3,12 @@
 #include "qvpctl/text.h"
 
 // In the order the help lists them.
-static const Command* const kCommands[] = {
+static const Subcommand* const kSubcommands[] = {
     &kDiscover,
     &kWatch,
 };
 
 int main(int argc, char** argv) {
     useUtf8();
-    return runTool(kCommands, argc, argv);
+    return runTool(kSubcommands, argc, argv);
 }

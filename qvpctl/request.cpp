@@ -5,14 +5,14 @@
 
 uint16_t randomSequence() { return static_cast<uint16_t>(std::random_device()()); }
 
-PacketHeader requestToAll(const Family& family, uint16_t opcode, uint16_t sequence) {
+PacketHeader requestToAll(uint16_t protocol, uint16_t opcode, uint16_t sequence) {
     PacketHeader header{};
     memcpy(header.magic, kRequestMagic, sizeof header.magic);
     header.sequence = le16(sequence);
     header.opcode = le16(opcode);
     memset(header.mac.bytes, 0xFF, sizeof header.mac.bytes);
     header.status = le16(kByMacOrBroadcast);
-    header.protocol = le16(family.protocol);
+    header.protocol = le16(protocol);
     return header;
 }
 

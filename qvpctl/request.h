@@ -3,22 +3,13 @@
 
 #include <span>
 
-#include "protocol/discovery.h"
-
-// A command family: cameras serve both, with small differences.
-struct Family {
-    uint16_t protocol;
-    size_t discoveryLength;  // of its discovery reply
-};
-
-constexpr Family kPrimaryFamily = {kPrimaryProtocol, sizeof(DiscoveryReply)};
-constexpr Family kLandapFamily = {kLandapProtocol, sizeof(LandapDiscoveryReply)};
+#include "protocol/packet_header.h"
 
 // Hard to guess for one who does not see the request.
 uint16_t randomSequence();
 
-// A request to every camera, without payload.
-PacketHeader requestToAll(const Family& family, uint16_t opcode, uint16_t sequence);
+// A request to every camera in the family of that `protocol`, without payload.
+PacketHeader requestToAll(uint16_t protocol, uint16_t opcode, uint16_t sequence);
 
 std::span<const uint8_t> bytesOf(const PacketHeader& header);
 

@@ -5,6 +5,7 @@
 
 #include "protocol/opcodes.h"
 #include "qvpctl/failure.h"
+#include "qvpctl/request.h"
 #include "qvpctl/text.h"
 #include "qvpctl/udp_socket.h"
 
@@ -50,14 +51,14 @@ static void sendAgain(const UdpSocket& socket, const std::vector<Interface>& int
 size_t searchCameras(const Search& search, const std::function<void(const Camera&)>& found) {
     const std::vector<Interface> interfaces = searchedInterfaces(search.interface);
     const UdpSocket socket = UdpSocket::forRequests();
-    const PacketHeader request = requestToAll(kPrimaryFamily, opcode::kDiscovery, randomSequence());
+    const PacketHeader request = requestToAll(kPrimaryProtocol, opcode::kDiscovery, randomSequence());
     const auto start = std::chrono::steady_clock::now();
     std::set<std::string> known;
     sendFirst(socket, interfaces, request);
     for (int turn = 1; turn <= kRequests; ++turn) {
         while (const auto datagram = socket.receiveUntil(start + search.wait * turn / kRequests)) {
             auto camera =
-                answers(datagram->bytes(), request) ? decodeCamera(kPrimaryFamily, datagram->bytes()) : std::nullopt;
+                answers(datagram->bytes(), request) ? decodeCamera(kPrimaryProtocol, datagram->bytes()) : std::nullopt;
             if (camera && known.insert(macText(camera->mac)).second) {
                 camera->interface = interfaceName(datagram->interfaceIndex);
                 found(*camera);

@@ -52,4 +52,4 @@ static Work prepare(CLI::App& app) {
     return [options] { return discover(*options); };
 }
 
-const Command kDiscover = {"discover", "Find the cameras on the local network.", kExamples, prepare};
+const Subcommand kDiscover = {"discover", "Find the cameras on the local network.", kExamples, prepare};

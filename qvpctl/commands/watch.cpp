@@ -79,4 +79,4 @@ static Work prepare(CLI::App& app) {
     return [options] { return watch(*options); };
 }
 
-const Command kWatch = {"watch", "Show cameras as they report themselves.", kExamples, prepare};
+const Subcommand kWatch = {"watch", "Show cameras as they report themselves.", kExamples, prepare};

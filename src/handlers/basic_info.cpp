@@ -47,7 +47,7 @@ static void setBasicInfo(const uint8_t* request, uint8_t* reply) {
     g_nWebServerReset = 1;
     writeAddressing(in);
     g_nNetworkReset = 1;
-    accept(reply, kRestartMilliseconds);
+    acceptChange(reply, kRestartMilliseconds);
 }
 
 const Command kSetBasicInfo{"set_basic_info", Addressing::MacOnly, Protection::Protected, sizeof(SettingReply),

@@ -6,7 +6,7 @@
 
 // discovery.cpp
 extern const Command kDiscovery;
-extern const Command kShortDiscovery;  // the landap family's
+extern const Command kLandapDiscovery;
 
 // basic_info.cpp
 extern const Command kSetBasicInfo;

@@ -6,20 +6,20 @@
 #include "platform.h"
 #include "util/reply_fields.h"
 
-static void putIdentity(LandapDiscoveryReply& out, uint8_t generation) {
+static void putIdentity(DiscoveryRecord& out, uint8_t fixed214) {
     putStoredText(out.brand, kBrandName);
     putStoredText(out.product, kProduct);
     putStoredText(out.model, kModelName);
     putFirmwareVersion(out.firmware);
     read(kBuild);  // asked for by custom, sent nowhere
-    out.generation = generation;
-    out.constant_0 = 0;
-    out.constant_1 = 1;
+    out.fixed_214 = fixed214;
+    out.fixed_215 = 0;
+    out.fixed_216 = 1;
     memcpy(out.mac.bytes, g_uDeviceMac, sizeof out.mac);
     putStoredText(out.name, kCameraName);
 }
 
-static void putNetwork(LandapDiscoveryReply& out) {
+static void putNetwork(DiscoveryRecord& out) {
     out.address = interfaceAddress();
     out.http_port = be16(static_cast<uint32_t>(read(kHttpPort)));
     net_get_netmask(g_szInterfaceName, out.mask.bytes);
@@ -29,14 +29,14 @@ static void putNetwork(LandapDiscoveryReply& out) {
     out.dhcp = read(kBootProtocol) == kBootProtocolDhcp ? 1 : 0;
 }
 
-static void putClock(LandapDiscoveryReply& out) {
+static void putClock(DiscoveryRecord& out) {
     putLocalTime(out.local_time);
     out.timezone = storedTimezone();
     out.daylight_saving = read(kDaylightSaving);
 }
 
-static void putRecord(LandapDiscoveryReply& out, uint8_t generation) {
-    putIdentity(out, generation);
+static void putRecord(DiscoveryRecord& out, uint8_t fixed214) {
+    putIdentity(out, fixed214);
     putNetwork(out);
     putClock(out);
 }
@@ -47,8 +47,8 @@ static void describe(const uint8_t*, uint8_t* reply) {
     putStoredText(out.hardware, kHardwareVersion);
 }
 
-static void describeShort(const uint8_t*, uint8_t* reply) { putRecord(view<LandapDiscoveryReply>(reply), 1); }
+static void describeLandap(const uint8_t*, uint8_t* reply) { putRecord(view<DiscoveryRecord>(reply), 1); }
 
 const Command kDiscovery{"discovery", Addressing::MacOrBroadcast, Protection::Open, sizeof(DiscoveryReply), describe};
-const Command kShortDiscovery{"discovery", Addressing::MacOrBroadcast, Protection::Open, sizeof(LandapDiscoveryReply),
-                              describeShort};
+const Command kLandapDiscovery{"discovery", Addressing::MacOrBroadcast, Protection::Open, sizeof(DiscoveryRecord),
+                               describeLandap};

@@ -13,7 +13,7 @@ static constexpr int kSlots = 20;
 static constexpr size_t kLongestSsid = 32;
 
 static void askScan(const uint8_t*, uint8_t* reply) {
-    accept(reply, kScanMilliseconds);
+    acceptChange(reply, kScanMilliseconds);
     g_nInitSiteSurvey = 1;
 }
 

@@ -29,5 +29,5 @@ static void listLandap(const uint8_t*, uint8_t* reply) { putList(reply, kLandapL
 
 const Command kQuerySupportFun{"query_support_fun", Addressing::MacOrBroadcast, Protection::Open,
                                sizeof(SupportedFunctionsReply), listPrimary};
-const Command kLandapQuerySupportFun{"query_support_fun", Addressing::MacOnly, Protection::ProtectedWithPayload,
+const Command kLandapQuerySupportFun{"query_support_fun", Addressing::MacOnly, Protection::ProtectedIfPayload,
                                      sizeof(SupportedFunctionsReply), listLandap};

@@ -90,6 +90,6 @@ static void mirrorToRepeater() {
 
 void finishWifiChange(uint8_t* reply) {
     mirrorToRepeater();
-    accept(reply, kResetMilliseconds);
+    acceptChange(reply, kResetMilliseconds);
     g_nWifiReset = 1;
 }

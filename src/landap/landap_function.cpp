@@ -7,7 +7,7 @@
 int landap_function_init(const char* interfaceName) { return initDevice(interfaceName); }
 
 int landap_discovery(const uint8_t* request, uint8_t* reply, int capacity) {
-    return serve(kLandap, kShortDiscovery, request, reply, capacity);
+    return serve(kLandap, kLandapDiscovery, request, reply, capacity);
 }
 
 int landap_set_basic_info(const uint8_t* request, uint8_t* reply, int capacity) {

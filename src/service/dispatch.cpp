@@ -9,7 +9,7 @@
 
 struct Row {
     uint16_t opcode;
-    Handler handler;
+    Handler* handler;
 };
 
 static constexpr Row kPrimaryRows[] = {
@@ -63,15 +63,15 @@ static_assert(isSortedAndUnique(kPrimaryRows));
 static_assert(isSortedAndUnique(kLandapRows));
 
 template <size_t Count>
-static Handler findRow(const Row (&rows)[Count], uint16_t opcode) {
+static Handler* findRow(const Row (&rows)[Count], uint16_t opcode) {
     for (const Row& row : rows) {
         if (row.opcode == opcode) return row.handler;
     }
     return nullptr;
 }
 
-static Handler findPrimary(uint16_t opcode) { return findRow(kPrimaryRows, opcode); }
-static Handler findLandap(uint16_t opcode) { return findRow(kLandapRows, opcode); }
+static Handler* findPrimary(uint16_t opcode) { return findRow(kPrimaryRows, opcode); }
+static Handler* findLandap(uint16_t opcode) { return findRow(kLandapRows, opcode); }
 
 static constexpr FamilyDispatch kPrimaryDispatch{findPrimary, checkSiteSurveyRequest, fillSiteSurveyInfo};
 static constexpr FamilyDispatch kLandapDispatch{findLandap, landap_checkSiteSurveyRequest, landap_fillSiteSurveyInfo};

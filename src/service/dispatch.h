@@ -3,13 +3,13 @@
 
 #include <stdint.h>
 
-using Handler = int (*)(const uint8_t* request, uint8_t* reply, int capacity);
+#include "util/command.h"
 
 // One family's way through the opcodes.
 struct FamilyDispatch {
-    Handler (*find)(uint16_t opcode);  // null: not served
-    int (*checkSiteSurvey)(const uint8_t* request, uint8_t* reply, int capacity, int* accepted);
-    int (*fillSiteSurvey)(const uint8_t* request, uint8_t* reply, int capacity, int page, const char* sites, int size);
+    Handler* (*find)(uint16_t opcode);  // gives null: not served
+    SiteSurveyCheck* checkSiteSurvey;
+    SiteSurveyFill* fillSiteSurvey;
 };
 
 // The family of a header's `protocol`; null: not served.

@@ -39,7 +39,7 @@ int general_report(uint8_t* buffer, int capacity) {
     PresenceReport& out = view<PresenceReport>(buffer);
     fillHeader(out.header);
     putStoredText(out.product, kProduct);
-    putText(out.generation, "3");
+    putText(out.fixed_86, "3");
     putFirmwareVersion(out.firmware);
     read(kBuild);  // asked for by custom, sent nowhere
     memcpy(out.mac.bytes, g_uDeviceMac, sizeof out.mac);

@@ -112,7 +112,7 @@ static void drainWorker() {
     g_stDownThread.data_length = 0;
 }
 
-static void serve(const char* interfaceName) {
+static void serveUntilStopped(const char* interfaceName) {
     traceService("main", 312, "QVP Client Start with interface:[%s]", interfaceName);
     sendPresenceReport(SIGALRM);
     armPresenceTimer();
@@ -131,7 +131,7 @@ int main(int argc, char* argv[]) {
         closeService(interfaceName);
         return -1;
     }
-    serve(interfaceName);
+    serveUntilStopped(interfaceName);
     drainWorker();
     closeService(interfaceName);
     traceService("main", 744, "QVP Client Stop");

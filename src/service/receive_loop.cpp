@@ -45,7 +45,7 @@ static void serveSiteSurvey(const FamilyDispatch& family, const uint8_t* request
     }
 }
 
-static void serveCommand(Handler handler, const uint8_t* request, uint8_t* reply, const Sender& sender) {
+static void serveCommand(Handler* handler, const uint8_t* request, uint8_t* reply, const Sender& sender) {
     if (handler == nullptr) return;
     memset(reply, 0, kDatagramSize);
     int length = handler(request, reply, kCapacity);

@@ -2,7 +2,7 @@
 // nothing.
 #pragma once
 
-#include <stdint.h>
+#include "util/command.h"
 
-int config_upgrade(const uint8_t* request, uint8_t* reply, int capacity);
-int firmware_upgrade(const uint8_t* request, uint8_t* reply, int capacity);
+Handler config_upgrade;
+Handler firmware_upgrade;

@@ -38,7 +38,7 @@ static bool isAddressedToUs(const Family& family, const Command& command, const 
 }
 
 static bool credentialsRequired(const Command& command, const PacketHeader& header) {
-    if (command.protection == Protection::ProtectedWithPayload) return load(header.payload_length) != 0;
+    if (command.protection == Protection::ProtectedIfPayload) return load(header.payload_length) != 0;
     return command.protection == Protection::Protected;
 }
 

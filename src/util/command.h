@@ -3,6 +3,8 @@
 
 #include <stdint.h>
 
+#include "protocol/packet_header.h"
+
 // One of the two command families that share the port and the header.
 struct Family {
     uint16_t protocol;        // the header's `protocol`
@@ -11,8 +13,8 @@ struct Family {
     const char* namePrefix;   // in front of a command's name in its trace lines
 };
 
-constexpr Family kPrimary{2, "QVP", "qvp_function", ""};
-constexpr Family kLandap{1, "landap", "landap_function", "landap_"};
+constexpr Family kPrimary{kPrimaryProtocol, "QVP", "qvp_function", ""};
+constexpr Family kLandap{kLandapProtocol, "landap", "landap_function", "landap_"};
 
 enum class Addressing : uint8_t {
     MacOnly,         // the request names this device's MAC, whatever its `status`
@@ -21,8 +23,8 @@ enum class Addressing : uint8_t {
 
 enum class Protection : uint8_t {
     Open,
-    Protected,             // wrong credentials: `status` 3 and a zero payload
-    ProtectedWithPayload,  // the same, for requests whose `payload_length` is not 0
+    Protected,           // wrong credentials: `status` 3 and a zero payload
+    ProtectedIfPayload,  // the same for requests whose `payload_length` is not 0, open otherwise
 };
 
 // A row a command. `work` fills the payload of a reply whose header stands and whose request has passed all checks.
@@ -34,8 +36,16 @@ struct Command {
     void (*work)(const uint8_t* request, uint8_t* reply);
 };
 
-// Serves one request of at least 22 bytes in a 1024-byte buffer, zero behind its end. `reply` is zeroed and has room
-// for `capacity` bytes. Returns the reply's length, or -1: send nothing.
+// A command under its name, in one family. Takes a request of at least 22 bytes in a 1024-byte buffer (zero behind its
+// end) and a zeroed reply buffer, and returns the reply's length, or -1: send nothing.
+using Handler = int(const uint8_t* request, uint8_t* reply, int capacity);
+
+// The two steps of the site list. The check sets *accepted to 1 when the list may be sent; then each call of the fill
+// builds one page (-1: no such page) from the `size` bytes of the driver's list.
+using SiteSurveyCheck = int(const uint8_t* request, uint8_t* reply, int capacity, int* accepted);
+using SiteSurveyFill = int(const uint8_t* request, uint8_t* reply, int capacity, int page, const char* sites, int size);
+
+// What every handler does.
 int serve(const Family& family, const Command& command, const uint8_t* request, uint8_t* reply, int capacity);
 
 // The trace line of handlers: no message, the line number tells where.

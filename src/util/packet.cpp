@@ -28,7 +28,7 @@ void refuse(uint8_t* reply, uint32_t resultCode) {
     view<SettingReply>(reply).result = le32(resultCode);
 }
 
-void accept(uint8_t* reply, uint32_t milliseconds) {
+void acceptChange(uint8_t* reply, uint32_t milliseconds) {
     SettingReply& answer = view<SettingReply>(reply);
     answer.result = le32(0);
     answer.wait_kind = le32(2);

@@ -29,7 +29,7 @@ void setStatus(uint8_t* reply, uint16_t status);
 void refuse(uint8_t* reply, uint32_t resultCode);
 
 // Status 0 with how long the change takes the device away.
-void accept(uint8_t* reply, uint32_t milliseconds);
+void acceptChange(uint8_t* reply, uint32_t milliseconds);
 
 // Address of the served interface; 0.0.0.0 when it has none.
 Ipv4 interfaceAddress();

@@ -5,7 +5,7 @@
 #include "datagrams.h"
 
 TEST(Camera, HoldsEveryFieldOfTheReply) {
-    auto camera = decodeCamera(kPrimaryFamily, discoveryReply());
+    auto camera = decodeCamera(kPrimaryProtocol, discoveryReply());
     ASSERT_TRUE(camera);
     camera->interface = "eth0";
     EXPECT_EQ(recordOf(*camera).dump(),
@@ -17,7 +17,7 @@ TEST(Camera, HoldsEveryFieldOfTheReply) {
 }
 
 TEST(Camera, OfTheLandapFamilyHasNoHardwareVersion) {
-    const auto camera = decodeCamera(kLandapFamily, landapDiscoveryReply());
+    const auto camera = decodeCamera(kLandapProtocol, landapDiscoveryReply());
     ASSERT_TRUE(camera);
     EXPECT_EQ(camera->name, "Front door");
     EXPECT_EQ(camera->timezone, 300);
@@ -28,21 +28,21 @@ TEST(Camera, IsNotReadFromAnotherLength) {
     for (const size_t length : {0, 22, 333, 334, 504, 506, 1024}) {
         Bytes reply = discoveryReply();
         reply.resize(length);
-        EXPECT_FALSE(decodeCamera(kPrimaryFamily, reply)) << length;
+        EXPECT_FALSE(decodeCamera(kPrimaryProtocol, reply)) << length;
     }
-    EXPECT_FALSE(decodeCamera(kLandapFamily, discoveryReply()));
+    EXPECT_FALSE(decodeCamera(kLandapProtocol, discoveryReply()));
 }
 
 TEST(Camera, IsNotReadFromAReplyThatFailed) {
     Bytes reply = discoveryReply();
     put(reply, 16, {3, 0});
-    EXPECT_FALSE(decodeCamera(kPrimaryFamily, reply));
+    EXPECT_FALSE(decodeCamera(kPrimaryProtocol, reply));
 }
 
 TEST(Camera, EndsTextsAtTheirFields) {
     Bytes reply = discoveryReply();
     put(reply, 22, Bytes(483, 'x'));
-    const auto camera = decodeCamera(kPrimaryFamily, reply);
+    const auto camera = decodeCamera(kPrimaryProtocol, reply);
     ASSERT_TRUE(camera);
     const std::pair<std::string, size_t> rows[] = {
         {camera->brand, 64},    {camera->product, 64},  {camera->model, 32},
@@ -56,7 +56,7 @@ TEST(Camera, EndsTextsAtTheirFields) {
 TEST(Camera, IgnoresWhatStandsBehindATextsNul) {
     Bytes reply = discoveryReply();
     put(reply, 226, {'A', 0, 'B'});
-    EXPECT_EQ(decodeCamera(kPrimaryFamily, reply)->name, "A");
+    EXPECT_EQ(decodeCamera(kPrimaryProtocol, reply)->name, "A");
 }
 
 TEST(Camera, LeavesOutWhatIsNotSet) {
@@ -64,13 +64,13 @@ TEST(Camera, LeavesOutWhatIsNotSet) {
     put(reply, 306, {0, 0, 0, 0, 198, 51, 100, 53, 2});
     put(reply, 315, Bytes(16));
     put(reply, 333, {0});
-    const Record record = recordOf(*decodeCamera(kPrimaryFamily, reply));
+    const Record record = recordOf(*decodeCamera(kPrimaryProtocol, reply));
     EXPECT_EQ(record["dns"], Record({"198.51.100.53"}));
     EXPECT_EQ(record["dhcp"], false);
     EXPECT_TRUE(record["localTime"].is_null());
     EXPECT_EQ(record["daylightSaving"], false);
     put(reply, 310, {0, 0, 0, 0});
-    EXPECT_EQ(recordOf(*decodeCamera(kPrimaryFamily, reply))["dns"].dump(), "[]");
+    EXPECT_EQ(recordOf(*decodeCamera(kPrimaryProtocol, reply))["dns"].dump(), "[]");
 }
 
 TEST(Camera, WebUrl) {
@@ -89,6 +89,6 @@ TEST(Camera, WebUrl) {
     for (const Row& row : rows) {
         Bytes reply = discoveryReply();
         put(reply, 290, row.addressAndPort);
-        EXPECT_EQ(webUrl(*decodeCamera(kPrimaryFamily, reply)), row.url);
+        EXPECT_EQ(webUrl(*decodeCamera(kPrimaryProtocol, reply)), row.url);
     }
 }

@@ -5,7 +5,7 @@
 #include "datagrams.h"
 
 TEST(Request, ToAllIsABroadcastHeader) {
-    const PacketHeader header = requestToAll(kPrimaryFamily, 0x00A1, 0x1234);
+    const PacketHeader header = requestToAll(kPrimaryProtocol, 0x00A1, 0x1234);
     const auto bytes = bytesOf(header);
     EXPECT_EQ(
         Bytes(bytes.begin(), bytes.end()),
@@ -13,13 +13,13 @@ TEST(Request, ToAllIsABroadcastHeader) {
 }
 
 TEST(Request, OfTheLandapFamilyHasProtocolOne) {
-    const PacketHeader header = requestToAll(kLandapFamily, 0x00A1, 0);
+    const PacketHeader header = requestToAll(kLandapProtocol, 0x00A1, 0);
     EXPECT_EQ(bytesOf(header)[18], 1);
 }
 
 TEST(Request, IsAnsweredByItsReplyInItsFamilyOnly) {
-    const PacketHeader primary = requestToAll(kPrimaryFamily, 0x00A1, 0x1234);
-    const PacketHeader landap = requestToAll(kLandapFamily, 0x00A1, 0x1234);
+    const PacketHeader primary = requestToAll(kPrimaryProtocol, 0x00A1, 0x1234);
+    const PacketHeader landap = requestToAll(kLandapProtocol, 0x00A1, 0x1234);
     EXPECT_TRUE(answers(discoveryReply(), primary));
     EXPECT_TRUE(answers(landapDiscoveryReply(), landap));
     EXPECT_FALSE(answers(discoveryReply(), landap));
@@ -27,7 +27,7 @@ TEST(Request, IsAnsweredByItsReplyInItsFamilyOnly) {
 }
 
 TEST(Request, IsNotAnsweredByAnythingElse) {
-    const PacketHeader request = requestToAll(kPrimaryFamily, 0x00A1, 0x1234);
+    const PacketHeader request = requestToAll(kPrimaryProtocol, 0x00A1, 0x1234);
     for (const size_t offset : {0, 1, 2, 3, 4, 5, 18, 19, 20, 21}) {
         Bytes reply = discoveryReply();
         reply[offset] ^= 1;
