@@ -1,6 +1,7 @@
 #include "file_calls.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/types.h>
 #include <unistd.h>
 
@@ -58,6 +59,7 @@ CATCH(int, fstatat, (int folder, const char* path, void* status, int flags), (fo
 CATCH(int, fstatat64, (int folder, const char* path, void* status, int flags), (folder, path, status, flags))
 CATCH(ssize_t, read, (int descriptor, void* bytes, size_t length), (descriptor, bytes, length))
 CATCH(ssize_t, readlink, (const char* path, char* target, size_t size), (path, target, size))
+CATCH(int, poll, (pollfd * descriptors, nfds_t count, int timeout), (descriptors, count, timeout))
 CATCH(int, flock, (int descriptor, int operation), (descriptor, operation))
 CATCH(int, fchmod, (int descriptor, mode_t mode), (descriptor, mode))
 CATCH(int, unlinkat, (int folder, const char* path, int flags), (folder, path, flags))

@@ -109,12 +109,17 @@ TEST_F(SiteList, IsNoneWhereTheScanFailed) {
     EXPECT_STREQ(list, "before");
 }
 
-// A daemon that ignores SIGCHLD is not told how a scan ended; what it printed counts.
-TEST_F(SiteList, IsMadeWithoutTheExitStatusToo) {
+// As the daemon does.
+TEST_F(SiteList, KnowsHowTheScanEndedWhereChildrenAreIgnored) {
     const auto before = signal(SIGCHLD, SIG_IGN);
-    makeIw("printf 'BSS 02:00:5e:00:53:01(on wlan7)\\n'\n");
-    char list[1000] = "";
+    char list[1000] = "before";
+    makeIw("exit 1\n");
+    EXPECT_EQ(scan(list, sizeof list), -1);
+    EXPECT_STREQ(list, "before");
+    makeIw("exit 0\n");
+    testing::internal::CaptureStderr();
     EXPECT_EQ(scan(list, sizeof list), 0);
-    EXPECT_EQ(std::string(list).size(), 202U);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(std::string(list).size(), 101U);
     signal(SIGCHLD, before);
 }

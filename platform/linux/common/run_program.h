@@ -5,8 +5,11 @@
 
 constexpr int kStatusUnknown = -1;
 
-// Runs the program `arguments[0]` (found on PATH, no shell; the list ends with null) and puts what it prints into
-// `output`, ended with a NUL; what does not fit is dropped. A program that runs for longer than `seconds` is killed.
-// Returns its exit status, or kStatusUnknown when it did not start, was killed, or is not told (a process that ignores
-// SIGCHLD does not learn its children's).
-int runProgram(const char* const* arguments, int seconds, char* output, size_t capacity, size_t* length);
+// Runs the program `arguments[0]` (found on PATH, no shell; the list ends with null) until it ends, and puts what it
+// has printed by then into `output`, ended with a NUL; what does not fit is dropped. After `seconds` the program and
+// its process group are killed, whatever they have done with their output; what was printed before stays. The program
+// starts with all signals at their defaults, none blocked, and reads from /dev/null.
+//
+// Returns its exit status, or kStatusUnknown when it did not start or was killed. How the caller treats SIGCHLD does
+// not matter, and none of its signal settings is changed.
+int runProgram(const char* const* arguments, int seconds, char* output, size_t capacity, size_t& length);

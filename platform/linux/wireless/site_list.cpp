@@ -28,7 +28,7 @@ int scanForNetworks(const char* devices, const char* classes, char* list, int si
     }
     const char* const command[] = {"iw", "dev", interface, "scan", nullptr};
     size_t length;
-    int status = runProgram(command, kMostScanSeconds, g_output, sizeof g_output, &length);
+    int status = runProgram(command, kMostScanSeconds, g_output, sizeof g_output, length);
     if (status != 0 && strncmp(g_output, "BSS ", 4) != 0) {
         complain("no list of networks: iw dev %s scan failed", interface);
         return -1;
