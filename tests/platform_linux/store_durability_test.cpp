@@ -100,22 +100,38 @@ TEST_F(StoreTest, IsSyncedBeforeAndAfterTheRename) {
     EXPECT_EQ(order, (std::vector<std::string>{"write", "fsync", "renameat", "fsync"}));
 }
 
+// The calls that a write makes, those of a name counted from 1.
+static int numberOfCall(const char* wanted, int occurrence) {
+    int calls = 0, seen = 0, found = 0;
+    CaughtFileCalls caught({.before = [&](const std::string& name) {
+        ++calls;
+        if (name == wanted && ++seen == occurrence) found = calls;
+    }});
+    EXPECT_EQ(writeText("INFO", "Product", "new"), 0);
+    EXPECT_NE(found, 0) << wanted;
+    return found;
+}
+
 // A folder's failed fsync comes too late to leave the old store, but must not pass for success; where a file system
 // does not know fsync of a folder, there is none to make.
 TEST_F(StoreTest, IsNotCalledPermanentBeforeItsFolderIs) {
-    int calls = 0, folder_sync = 0;
     put(kOld);
-    {
-        CaughtFileCalls caught({.before = [&](const std::string& name) {
-            ++calls;
-            if (name == "fsync") folder_sync = calls;
-        }});
-        ASSERT_EQ(writeText("INFO", "Product", "new"), 0);
-    }
+    const int folderSync = numberOfCall("fsync", 2);
     for (const int error : {EIO, EINVAL}) {
         put(kOld);
-        CaughtFileCalls caught({.fail_at = folder_sync, .error = error});
+        CaughtFileCalls caught({.fail_at = folderSync, .error = error});
         EXPECT_EQ(writeText("INFO", "Product", "new"), error == EIO ? -1 : 0);
+        EXPECT_EQ(bytes(), kNew);
+    }
+}
+
+// The same value again: the bytes are there, but a sync of the file or of the folder fails.
+TEST_F(StoreTest, IsNotCalledPermanentWhenItHasTheBytesOnly) {
+    put(kNew);
+    for (const int occurrence : {1, 2}) {
+        const int sync = numberOfCall("fsync", occurrence);
+        CaughtFileCalls caught({.fail_at = sync, .error = EIO});
+        EXPECT_EQ(writeText("INFO", "Product", "new"), -1) << occurrence;
         EXPECT_EQ(bytes(), kNew);
     }
 }
@@ -124,14 +140,14 @@ TEST_F(StoreTest, IsNotWrittenWhenNothingChanges) {
     put(kOld);
     const ino_t before = fileStatus(path()).st_ino;
     const fs::file_time_type written = fs::last_write_time(path());
-    std::vector<std::string> writes;
+    std::vector<std::string> calls;
     {
         CaughtFileCalls caught({.before = [&](const std::string& name) {
-            if (name == "write" || name == "fsync" || name == "renameat") writes.push_back(name);
+            if (name == "write" || name == "fsync" || name == "renameat") calls.push_back(name);
         }});
         EXPECT_EQ(writeText("INFO", "Product", "old"), 0);
     }
-    EXPECT_EQ(writes, std::vector<std::string>{});
+    EXPECT_EQ(calls, (std::vector<std::string>{"fsync", "fsync"}));
     EXPECT_EQ(fileStatus(path()).st_ino, before);
     EXPECT_EQ(fs::last_write_time(path()), written);
 }

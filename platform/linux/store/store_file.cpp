@@ -120,11 +120,20 @@ static int replaceFile(const StoreFolder& folder, const IniText* text, const Fil
     return -1;
 }
 
+// The bytes may be there without being safe: an earlier sync failed, or somebody else wrote them without one.
+static int makePermanent(const StoreFolder& folder) {
+    int descriptor = openat(folder.descriptor, folder.file, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW);
+    if (descriptor < 0) return -1;
+    int result = closeKeepingErrno(descriptor, fsync(descriptor));
+    return result == 0 ? syncFolder(folder.descriptor) : result;
+}
+
 static int changeOnce(const StoreFolder& folder, const char* section, const char* name, const char* value) {
     FileState before;
     if (loadForChange(folder, &g_stored, &before) != 0) return -1;
     if (iniChange(&g_stored, section, name, value, &g_changed) != 0) return -1;
-    if (g_stored.length == g_changed.length && memcmp(g_stored.bytes, g_changed.bytes, g_changed.length) == 0) return 0;
+    bool same = g_stored.length == g_changed.length && memcmp(g_stored.bytes, g_changed.bytes, g_changed.length) == 0;
+    if (same) return makePermanent(folder);
     return replaceFile(folder, &g_changed, before);
 }
 
