@@ -4,9 +4,11 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 
+#include "file_calls.h"
 #include "platform.h"
 #include "zone_tools.h"
 
@@ -66,6 +68,22 @@ TEST_F(SiteList, IsNoneWithoutTheFile) {
     EXPECT_EQ(getSiteList(list, 0), -1);
     EXPECT_EQ(getSiteList(list, -1), -1);
     EXPECT_STREQ(list, "before");
+}
+
+TEST_F(SiteList, IsNoneWhenReadingFailsMidway) {
+    writeFile(folder / "list", "heading\n");
+    setenv("QVP_SITE_LIST", (folder / "list").c_str(), 1);
+    int failures = 0;
+    bool reached = true;
+    for (int step = 1; reached; ++step) {
+        std::string list(40, 'Z');
+        CaughtFileCalls caught({.fail_at = step, .error = EIO});
+        const int result = getSiteList(list.data(), 40);
+        reached = caught.made() >= step;
+        failures += result != 0;
+        EXPECT_EQ(list, result == 0 ? "heading\n\0"s + std::string(31, 'Z') : std::string(40, 'Z')) << step;
+    }
+    EXPECT_EQ(failures, 3);  // open, the read that gives the text, the read that tells its end
 }
 
 TEST_F(SiteList, IsMadeFromAScanOfTheWirelessInterface) {

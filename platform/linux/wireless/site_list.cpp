@@ -13,14 +13,19 @@
 
 static constexpr int kMostScanSeconds = 20;
 
-static int readList(const char* path, char* buffer, int size) {
-    if (readSmallFile(path, buffer, static_cast<size_t>(size)) >= 0) return 0;
-    complain("no list of networks: cannot read %s: %s", path, strerror(errno));
-    return -1;
+static char g_text[256 * 1024];  // what was read or printed, so that the caller's list is touched only by a whole one
+
+static int readList(const char* path, char* list, size_t size) {
+    ssize_t length = readSmallFile(path, g_text, size < sizeof g_text ? size : sizeof g_text);
+    if (length < 0) {
+        complain("no list of networks: cannot read %s: %s", path, strerror(errno));
+        return -1;
+    }
+    memcpy(list, g_text, static_cast<size_t>(length) + 1);
+    return 0;
 }
 
 int scanForNetworks(const char* devices, const char* classes, char* list, int size) {
-    static char g_output[256 * 1024];
     char interface[IFNAMSIZ];
     if (!firstWirelessInterface(devices, classes, interface)) {
         complain("no list of networks: no wireless interface");
@@ -28,17 +33,17 @@ int scanForNetworks(const char* devices, const char* classes, char* list, int si
     }
     const char* const command[] = {"iw", "dev", interface, "scan", nullptr};
     size_t length;
-    int status = runProgram(command, kMostScanSeconds, g_output, sizeof g_output, length);
-    if (status != 0 && strncmp(g_output, "BSS ", 4) != 0) {
+    int status = runProgram(command, kMostScanSeconds, g_text, sizeof g_text, length);
+    if (status != 0 && strncmp(g_text, "BSS ", 4) != 0) {
         complain("no list of networks: iw dev %s scan failed", interface);
         return -1;
     }
-    return siteListFromScan(g_output, length, list, static_cast<size_t>(size)) < 0 ? -1 : 0;
+    return siteListFromScan(g_text, length, list, static_cast<size_t>(size)) < 0 ? -1 : 0;
 }
 
 int getSiteList(char* buffer, int size) {
     if (buffer == nullptr || size <= 0) return -1;
     const char* path = getenv("QVP_SITE_LIST");
-    if (path != nullptr && path[0] != '\0') return readList(path, buffer, size);
+    if (path != nullptr && path[0] != '\0') return readList(path, buffer, static_cast<size_t>(size));
     return scanForNetworks("/proc/net/dev", "/sys/class/net", buffer, size);
 }
