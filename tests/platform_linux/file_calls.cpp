@@ -35,6 +35,10 @@ static bool allow(const char* name) {
         errno = g_calls.error;
         return false;
     }
+    if (std::string(name) == g_calls.missing) {
+        errno = EPERM;
+        return false;
+    }
     if (g_made == g_calls.interrupt_at && isSlow(name)) {
         errno = EINTR;
         return false;
@@ -63,6 +67,10 @@ CATCH(int, poll, (pollfd * descriptors, nfds_t count, int timeout), (descriptors
 CATCH(int, flock, (int descriptor, int operation), (descriptor, operation))
 CATCH(int, fchmod, (int descriptor, mode_t mode), (descriptor, mode))
 CATCH(int, unlinkat, (int folder, const char* path, int flags), (folder, path, flags))
+CATCH(ssize_t, readlinkat, (int folder, const char* path, char* target, size_t size), (folder, path, target, size))
+CATCH(int, symlinkat, (const char* target, int folder, const char* path), (target, folder, path))
+CATCH(int, linkat, (int folder, const char* path, int new_folder, const char* new_path, int flags),
+      (folder, path, new_folder, new_path, flags))
 CATCH(int, renameat, (int folder, const char* path, int new_folder, const char* new_path),
       (folder, path, new_folder, new_path))
 

@@ -7,10 +7,11 @@
 #include <string>
 
 struct FileCalls {
-    int end_at = 0;        // 1: the process ends instead of the first call; 0: never
-    int fail_at = 0;       // likewise, the call fails
-    int error = 0;         // with this errno
-    int interrupt_at = 0;  // likewise, by a signal if the call is a kind that can be
+    int end_at = 0;            // 1: the process ends instead of the first call; 0: never
+    int fail_at = 0;           // likewise, the call fails
+    int error = 0;             // with this errno
+    const char* missing = "";  // the file system does not have this call: EPERM
+    int interrupt_at = 0;      // likewise, by a signal if the call is a kind that can be
     std::function<void(const std::string& name)> before = nullptr;  // called before each call
     bool no_sync = false;                                           // fsync does nothing, for tests with many writes
     std::size_t most_bytes = 0;  // a write takes no more at once; 0: as many as it is given

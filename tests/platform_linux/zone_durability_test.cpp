@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -94,6 +95,17 @@ TEST(ZoneFiles, AreAsTheyWereWhenACallFails) {
     EXPECT_GE(failures, 14);  // open, lock, for either file make, write, mode, sync, close, and rename
 }
 
+TEST(ZoneFiles, NeedNoHardLinks) {
+    TemporaryFolder folder;
+    ASSERT_EQ(installTokyo(folder), 0);
+    {
+        CaughtFileCalls caught({.missing = "linkat"});
+        EXPECT_EQ(installParis(folder), 0);
+    }
+    EXPECT_EQ(readFile(folder / "TZ"), kParisText);
+    EXPECT_EQ(folder.names(), kBothNames);
+}
+
 TEST(ZoneFiles, AreWrittenInPieces) {
     TemporaryFolder folder;
     CaughtFileCalls caught({.most_bytes = 7});
@@ -114,6 +126,48 @@ TEST(ZoneFiles, AreAsTheyWereWhenTheFileCannotBeReplaced) {
         EXPECT_EQ(testing::internal::GetCapturedStderr(), "qvp platform: time zone: localtime: Is a directory\n");
         EXPECT_EQ(folder.names(), names);
         EXPECT_EQ(readFile(folder / "TZ"), text);
+    }
+}
+
+TEST(ZoneFiles, GoBackToTheOldTextWithItsModeAndOwner) {
+    TemporaryFolder folder;
+    fs::create_directories(folder / "localtime" / "in the way");
+    writeFile(folder / "TZ", "before");
+    ASSERT_EQ(chmod((folder / "TZ").c_str(), 0640), 0);
+    const bool superuser = geteuid() == 0;
+    if (superuser) {
+        ASSERT_EQ(chown((folder / "TZ").c_str(), 12, 34), 0);
+    }
+    EXPECT_EQ(installParis(folder), -1);
+    struct stat status = {};
+    ASSERT_EQ(stat((folder / "TZ").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0640U);
+    if (superuser) {
+        EXPECT_EQ(status.st_uid, 12U);
+        EXPECT_EQ(status.st_gid, 34U);
+    }
+}
+
+TEST(ZoneFiles, GoBackToALinkInTheTextsPlace) {
+    TemporaryFolder folder;
+    fs::create_directories(folder / "localtime" / "in the way");
+    fs::create_symlink("elsewhere/TZ", folder / "TZ");
+    EXPECT_EQ(installParis(folder), -1);
+    EXPECT_EQ(fs::read_symlink(folder / "TZ"), "elsewhere/TZ");
+    EXPECT_EQ(folder.names(), kBothNames);
+}
+
+// What cannot be kept is not replaced.
+TEST(ZoneFiles, AreAsTheyWereWhenTheTextIsNone) {
+    for (const size_t size : {4096, 4097}) {
+        TemporaryFolder folder;
+        const std::string text(size, 'x');
+        writeFile(folder / "localtime", "before");
+        writeFile(folder / "TZ", text);
+        EXPECT_EQ(installParis(folder), size == 4096 ? 0 : -1);
+        EXPECT_EQ(readFile(folder / "TZ"), size == 4096 ? kParisText : text);
+        EXPECT_EQ(readFile(folder / "localtime") == "before", size != 4096);
+        EXPECT_EQ(folder.names(), kBothNames);
     }
 }
 
