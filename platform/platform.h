@@ -62,7 +62,8 @@ int Base64dec(const char* text, char* out);
 // Makes the user table ready; `flag` is always 0. Returns 0, or -1.
 int usrInit(int flag);
 
-// Name of the group the user belongs to; the empty text for an unknown user, never null. Valid until the next call.
+// Name of the group the user belongs to, "admin" for one who has that group among others; the empty text for an unknown
+// user, never null. Valid until the next call.
 const char* usrGetGroupName(const char* name);
 
 // --- Shared system information -------------------------------------------------------------------------------------

@@ -1,17 +1,31 @@
 #include <grp.h>
 #include <pwd.h>
 #include <stdio.h>
+#include <string.h>
 
 #include "platform.h"
+
+static constexpr char kAdministrators[] = "admin";
 
 // The system's databases are read anew by every query, so there is nothing to make ready.
 int usrInit(int) { return 0; }
 
+static bool isMember(const group& group, const passwd& user) {
+    if (group.gr_gid == user.pw_gid) return true;
+    for (char* const* member = group.gr_mem; *member != nullptr; member++) {
+        if (strcmp(*member, user.pw_name) == 0) return true;
+    }
+    return false;
+}
+
+// A user has many groups; the one that the daemon asks about comes first, wherever it stands among them.
 const char* usrGetGroupName(const char* name) {
     static char g_group[256];
     g_group[0] = '\0';
     const passwd* user = name != nullptr ? getpwnam(name) : nullptr;
-    const group* its_group = user != nullptr ? getgrgid(user->pw_gid) : nullptr;
-    if (its_group != nullptr) snprintf(g_group, sizeof g_group, "%s", its_group->gr_name);
+    if (user == nullptr) return g_group;
+    const group* found = getgrnam(kAdministrators);
+    if (found == nullptr || !isMember(*found, *user)) found = getgrgid(user->pw_gid);
+    if (found != nullptr) snprintf(g_group, sizeof g_group, "%s", found->gr_name);
     return g_group;
 }

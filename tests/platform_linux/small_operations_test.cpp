@@ -27,6 +27,27 @@ TEST(Users, HaveTheGroupOfTheSystemsDatabases) {
     }
 }
 
+// Administrators are those in the group `admin`, by whichever of their groups.
+TEST(Users, AreAdministratorsByAnyOfTheirGroups) {
+    TemporaryFolder etc;
+    writeFile(etc / "passwd",
+              "primary:x:1000:20::/:/bin/sh\nfirst:x:1001:30::/:/bin/sh\nlast:x:1002:30::/:/bin/sh\n"
+              "lost:x:1003:99::/:/bin/sh\nother:x:1004:30::/:/bin/sh\nlas:x:1005:30::/:/bin/sh\n");
+    writeFile(etc / "group",
+              "Admin:x:5:other\nadministrators:x:20:other\nadmin:x:20:first,lost,stranger,last\nusers:x:30:admin\n"
+              "video:x:40:first,last,other\n");
+    writeFile(etc / "nsswitch.conf", "passwd: files\ngroup: files\n");
+    if (!withPrivateEtc(etc.path(), [] {
+            for (const char* user : {"primary", "first", "last", "lost"}) {
+                EXPECT_STREQ(usrGetGroupName(user), "admin") << user;
+            }
+            for (const char* user : {"other", "las"}) EXPECT_STREQ(usrGetGroupName(user), "users") << user;
+            for (const char* user : {"stranger", "admin"}) EXPECT_STREQ(usrGetGroupName(user), "") << user;
+        })) {
+        GTEST_SKIP() << "no private /etc on this machine";
+    }
+}
+
 TEST(Users, AreThoseOfThisMachine) {
     EXPECT_STREQ(usrGetGroupName(nullptr), "");
     EXPECT_STREQ(usrGetGroupName("no-such-user-here"), "");

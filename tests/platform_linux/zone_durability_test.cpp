@@ -155,6 +155,10 @@ TEST(ZoneFiles, GoBackToALinkInTheTextsPlace) {
     EXPECT_EQ(installParis(folder), -1);
     EXPECT_EQ(fs::read_symlink(folder / "TZ"), "elsewhere/TZ");
     EXPECT_EQ(folder.names(), kBothNames);
+    fs::remove_all(folder / "localtime");
+    EXPECT_EQ(installParis(folder), 0);
+    EXPECT_FALSE(fs::is_symlink(folder / "TZ"));
+    EXPECT_EQ(folder.names(), kBothNames);
 }
 
 // What cannot be kept is not replaced.
