@@ -19,7 +19,7 @@ int Base64dec(const char* text, char* out) {
     int length = 0;
     int bits = 0;
     uint32_t gathered = 0;
-    for (; length < kMostBytes; ++text) {
+    for (; length < kMostBytes; text++) {
         int value = sextet(*text);
         if (value < 0) break;
         gathered = gathered << 6 | static_cast<uint32_t>(value);

@@ -23,16 +23,16 @@ static bool makePath(const char* folder, int slot, char path[PATH_MAX]) {
     return slot >= 0 && snprintf(path, PATH_MAX, "%s/%d", folder, slot) < PATH_MAX;
 }
 
-int readSharedInteger(const char* folder, int slot, int* value) {
+int readSharedInteger(const char* folder, int slot, int& value) {
     char path[PATH_MAX];
     char text[64];
-    if (value == nullptr || !makePath(folder, slot, path)) return -1;
+    if (!makePath(folder, slot, path)) return -1;
     ssize_t length = readSmallFile(path, text, sizeof text);
     if (length == sizeof text - 1) return -1;
-    while (length > 0 && isBlank(text[length - 1])) --length;
+    while (length > 0 && isBlank(text[length - 1])) length--;
     int64_t number;
-    if (length <= 0 || !parseDecimal(text, static_cast<size_t>(length), INT_MIN, INT_MAX, &number)) return -1;
-    *value = static_cast<int>(number);
+    if (length <= 0 || !parseDecimal(text, static_cast<size_t>(length), INT_MIN, INT_MAX, number)) return -1;
+    value = static_cast<int>(number);
     return 0;
 }
 
@@ -89,6 +89,6 @@ static const char* folderOfEnvironment() {
 // Looked up before there is a second thread: one thread may not read the environment while another sets the time zone.
 static const char* const g_folder = folderOfEnvironment();
 
-int SIReadInt(int slot, int* value) { return readSharedInteger(g_folder, slot, value); }
+int SIReadInt(int slot, int* value) { return value != nullptr ? readSharedInteger(g_folder, slot, *value) : -1; }
 
 int SIWriteInt(int slot, int value) { return writeSharedInteger(g_folder, slot, value); }

@@ -4,8 +4,8 @@
 #include <stdint.h>
 
 // Reads the whole text as one decimal number, with a minus sign or without a sign. False when it is anything else or
-// outside the limits; *number is then untouched.
-bool parseDecimal(const char* text, size_t length, int64_t lowest, int64_t highest, int64_t* number);
+// outside the limits; `number` is then untouched.
+bool parseDecimal(const char* text, size_t length, int64_t lowest, int64_t highest, int64_t& number);
 
 // The value of a hexadecimal digit, -1 for any other letter.
 int hexDigit(char letter);

@@ -9,21 +9,21 @@
 #include "platform.h"
 
 // Asks the kernel one thing about the interface; false when there is no such interface, or no answer.
-static bool ask(unsigned long question, const char* interface, ifreq* answer) {
+static bool ask(unsigned long question, const char* interface, ifreq& answer) {
     if (interface == nullptr || strlen(interface) >= IFNAMSIZ) return false;
-    memset(answer, 0, sizeof *answer);
-    memcpy(answer->ifr_name, interface, strlen(interface));
+    memset(&answer, 0, sizeof answer);
+    memcpy(answer.ifr_name, interface, strlen(interface));
     int descriptor = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     if (descriptor < 0) return false;
     // The request's type differs between C libraries; its 32 bits are the same.
-    bool answered = ioctl(descriptor, static_cast<decltype(SIOCGIFADDR)>(question), answer) == 0;
+    bool answered = ioctl(descriptor, static_cast<decltype(SIOCGIFADDR)>(question), &answer) == 0;
     close(descriptor);
     return answered;
 }
 
 static int askAddress(unsigned long question, const char* interface, uint8_t address[4]) {
     ifreq answer;
-    if (address == nullptr || !ask(question, interface, &answer)) return -1;
+    if (address == nullptr || !ask(question, interface, answer)) return -1;
     if (answer.ifr_addr.sa_family != AF_INET) return -1;
     sockaddr_in internet;
     memcpy(&internet, &answer.ifr_addr, sizeof internet);
@@ -38,7 +38,7 @@ int net_get_netmask(const char* interface, uint8_t mask[4]) { return askAddress(
 // Only a link with Ethernet's kind of address has six bytes to give.
 int net_get_hwaddr(const char* interface, uint8_t mac[6]) {
     ifreq answer;
-    if (mac == nullptr || !ask(SIOCGIFHWADDR, interface, &answer)) return -1;
+    if (mac == nullptr || !ask(SIOCGIFHWADDR, interface, answer)) return -1;
     const sockaddr& hardware = answer.ifr_hwaddr;
     if (hardware.sa_family != ARPHRD_ETHER && hardware.sa_family != ARPHRD_LOOPBACK) return -1;
     memcpy(mac, hardware.sa_data, 6);

@@ -14,9 +14,9 @@ struct Route {
 
 // Interface, destination, gateway, flags, use counts (2), metric, mask, ...; the kernel prints an address as the
 // hexadecimal number that its four bytes are on this machine, so the number has the right bytes on either byte order.
-static bool readRoute(const char* line, Route* route) {
-    return sscanf(line, "%15s %x %x %x %*s %*s %u %x", route->interface, &route->destination, &route->gateway,
-                  &route->flags, &route->metric, &route->mask) == 6;
+static bool readRoute(const char* line, Route& route) {
+    return sscanf(line, "%15s %x %x %x %*s %*s %u %x", route.interface, &route.destination, &route.gateway,
+                  &route.flags, &route.metric, &route.mask) == 6;
 }
 
 static bool isDefaultBy(const Route& route, const char* interface) {
@@ -33,7 +33,7 @@ int gatewayFromRoutes(const char* path, const char* interface, uint8_t address[4
     char* rest = nullptr;
     for (char* line = strtok_r(g_text, "\n", &rest); line != nullptr; line = strtok_r(nullptr, "\n", &rest)) {
         Route route;
-        if (!readRoute(line, &route) || !isDefaultBy(route, interface)) continue;
+        if (!readRoute(line, route) || !isDefaultBy(route, interface)) continue;
         if (found && route.metric >= best.metric) continue;
         best = route;
         found = true;

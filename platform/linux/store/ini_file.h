@@ -28,19 +28,19 @@ struct IniLine {
 };
 
 // Fills `text` from the descriptor. Returns 0, or -1 with errno set, EFBIG when the file does not fit.
-int iniRead(int descriptor, IniText* text);
+int iniRead(int descriptor, IniText& text);
 
 // Where the first line starts: behind a byte-order mark, if the file has one.
-const char* iniFirstLine(const IniText* text);
+const char* iniFirstLine(const IniText& text);
 
 // Takes the line that starts at `start` apart; false at the end of the text.
-bool iniTakeLine(const IniText* text, const char* start, IniLine* line);
+bool iniTakeLine(const IniText& text, const char* start, IniLine& line);
 
 bool sliceEquals(Slice slice, const char* text);
 
 // Finds the first field of that name in the section; false when there is none.
-bool iniFind(const IniText* text, const char* section, const char* name, Slice* value);
+bool iniFind(const IniText& text, const char* section, const char* name, Slice& value);
 
 // Makes `changed` a copy of `text` with the field's value replaced. A new field goes behind the last field of its
 // section, a new section to the end of the text. Returns 0, or -1 with errno EFBIG when the result does not fit.
-int iniChange(const IniText* text, const char* section, const char* name, const char* value, IniText* changed);
+int iniChange(const IniText& text, const char* section, const char* name, const char* value, IniText& changed);

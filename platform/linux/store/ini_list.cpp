@@ -15,34 +15,34 @@ static IniText g_text;
 static bool readFile(const char* path) {
     int descriptor = path != nullptr ? open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK) : -1;
     if (descriptor < 0) return false;
-    int result = iniRead(descriptor, &g_text);
+    int result = iniRead(descriptor, g_text);
     if (result != 0) complain("cannot read %s: %s", path, strerror(errno));
     close(descriptor);
     return result == 0;
 }
 
-static bool isSame(const ListNode* node, Slice name) { return sliceEquals(name, node->name); }
+static bool isSame(const ListNode& node, Slice name) { return sliceEquals(name, node.name); }
 
 // Appends the name, cut to 255 bytes, unless the list has it.
-static void appendName(ListNode** list, Slice name) {
+static void appendName(ListNode*& list, Slice name) {
     constexpr size_t kMost = sizeof(ListNode::name) - 1;
     if (name.length > kMost) name.length = kMost;
-    while (*list != nullptr) {
-        if (isSame(*list, name)) return;
-        list = &(*list)->next;
+    ListNode** end = &list;
+    for (; *end != nullptr; end = &(*end)->next) {
+        if (isSame(**end, name)) return;
     }
     ListNode* node = static_cast<ListNode*>(calloc(1, sizeof(ListNode)));
     if (node == nullptr) return;
     memcpy(node->name, name.text, name.length);
-    *list = node;
+    *end = node;
 }
 
 ListNode* CfgEnumSec(const char* file) {
     ListNode* list = nullptr;
     if (!readFile(file)) return nullptr;
     IniLine line;
-    for (const char* start = iniFirstLine(&g_text); iniTakeLine(&g_text, start, &line); start = line.next) {
-        if (line.kind == IniKind::Section) appendName(&list, line.name);
+    for (const char* start = iniFirstLine(g_text); iniTakeLine(g_text, start, line); start = line.next) {
+        if (line.kind == IniKind::Section) appendName(list, line.name);
     }
     return list;
 }
@@ -52,9 +52,9 @@ ListNode* CfgEnumField(const char* file, const char* section) {
     if (section == nullptr || !readFile(file)) return nullptr;
     bool inside = false;
     IniLine line;
-    for (const char* start = iniFirstLine(&g_text); iniTakeLine(&g_text, start, &line); start = line.next) {
+    for (const char* start = iniFirstLine(g_text); iniTakeLine(g_text, start, line); start = line.next) {
         if (line.kind == IniKind::Section) inside = sliceEquals(line.name, section);
-        if (inside && line.kind == IniKind::Field) appendName(&list, line.name);
+        if (inside && line.kind == IniKind::Field) appendName(list, line.name);
     }
     return list;
 }

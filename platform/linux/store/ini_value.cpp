@@ -13,7 +13,7 @@ static bool isPrintable(char letter) {
 static bool needsQuotes(const char* text) {
     if (text[0] == '\0') return false;
     if (text[0] == ' ' || text[strlen(text) - 1] == ' ') return true;
-    for (; *text != '\0'; ++text) {
+    for (; *text != '\0'; text++) {
         if (!isPrintable(*text) || *text == '"' || *text == '\\') return true;
     }
     return false;
@@ -58,24 +58,24 @@ void iniEncode(const char* text, char* value) {
         return;
     }
     *value++ = '"';
-    for (; *text != '\0'; ++text) value = encodeByte(*text, value);
+    for (; *text != '\0'; text++) value = encodeByte(*text, value);
     *value++ = '"';
     *value = '\0';
 }
 
 // `value` starts behind a backslash. Returns the number of letters that the escape has there, 0 when it is none.
-static size_t decodeEscape(Slice value, char* byte) {
+static size_t decodeEscape(Slice value, char& byte) {
     if (value.length == 0) return 0;
     for (const Escape& escape : kEscapes) {
         if (escape.letter != value.text[0]) continue;
-        *byte = escape.byte;
+        byte = escape.byte;
         return 1;
     }
     if (value.text[0] != 'x' || value.length < 3) return 0;
     int high = hexDigit(value.text[1]);
     int low = hexDigit(value.text[2]);
     if (high < 0 || low < 0) return 0;
-    *byte = static_cast<char>(high << 4 | low);
+    byte = static_cast<char>(high << 4 | low);
     return 3;
 }
 
@@ -84,27 +84,27 @@ struct Output {
     long length;
 };
 
-static bool put(Output* output, char byte) {
+static bool put(Output& output, char byte) {
     if (byte == '\0') return false;
-    if (output->length < static_cast<long>(kMostText)) output->text[output->length] = byte;
-    ++output->length;
+    if (output.length < static_cast<long>(kMostText)) output.text[output.length] = byte;
+    output.length++;
     return true;
 }
 
-static bool decodePlain(Slice value, Output* output) {
-    for (size_t position = 0; position < value.length; ++position) {
+static bool decodePlain(Slice value, Output& output) {
+    for (size_t position = 0; position < value.length; position++) {
         if (!put(output, value.text[position])) return false;
     }
     return true;
 }
 
 // `value` is what stands between the quotes.
-static bool decodeQuoted(Slice value, Output* output) {
-    for (size_t position = 0; position < value.length; ++position) {
+static bool decodeQuoted(Slice value, Output& output) {
+    for (size_t position = 0; position < value.length; position++) {
         char byte = value.text[position];
         if (byte == '"') return false;
         if (byte == '\\') {
-            size_t letters = decodeEscape({value.text + position + 1, value.length - position - 1}, &byte);
+            size_t letters = decodeEscape({value.text + position + 1, value.length - position - 1}, byte);
             if (letters == 0) return false;
             position += letters;
         }
@@ -113,7 +113,7 @@ static bool decodeQuoted(Slice value, Output* output) {
     return true;
 }
 
-static bool decode(Slice value, Output* output) {
+static bool decode(Slice value, Output& output) {
     if (value.length == 0 || value.text[0] != '"') return decodePlain(value, output);
     if (value.length < 2 || value.text[value.length - 1] != '"') return false;
     return decodeQuoted({value.text + 1, value.length - 2}, output);
@@ -121,7 +121,7 @@ static bool decode(Slice value, Output* output) {
 
 long iniDecode(Slice value, char text[kMostText + 1]) {
     Output output = {text, 0};
-    if (!decode(value, &output)) return -1;
+    if (!decode(value, output)) return -1;
     text[output.length < static_cast<long>(kMostText) ? output.length : static_cast<long>(kMostText)] = '\0';
     return output.length;
 }

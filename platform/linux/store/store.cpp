@@ -14,7 +14,7 @@ template <typename Number>
 static int giveNumber(const char* text, long length, int64_t lowest, int64_t highest, void* out) {
     int64_t wide;
     if (length > static_cast<long>(kMostText)) return -1;
-    if (!parseDecimal(text, static_cast<size_t>(length), lowest, highest, &wide)) return -1;
+    if (!parseDecimal(text, static_cast<size_t>(length), lowest, highest, wide)) return -1;
     Number number = static_cast<Number>(wide);
     memcpy(out, &number, sizeof number);
     return 0;
@@ -40,7 +40,7 @@ int cfgRead(const char* section, const char* key, void* out) {
     const IniText* stored = storeLoad();
     Slice value;
     char text[kMostText + 1];
-    if (stored == nullptr || !iniFind(stored, section, key, &value)) return -1;
+    if (stored == nullptr || !iniFind(*stored, section, key, value)) return -1;
     long length = iniDecode(value, text);
     return length < 0 ? -1 : giveValue(known->type, text, length, out);
 }

@@ -44,10 +44,10 @@ static int closeKeepingErrno(int descriptor, int result) {
     return result;
 }
 
-static int readRegularFile(int descriptor, IniText* text, struct stat* status) {
-    if (fstat(descriptor, status) != 0) return -1;
-    if (!S_ISREG(status->st_mode)) {
-        errno = S_ISDIR(status->st_mode) ? EISDIR : ENOTSUP;
+static int readRegularFile(int descriptor, IniText& text, struct stat& status) {
+    if (fstat(descriptor, &status) != 0) return -1;
+    if (!S_ISREG(status.st_mode)) {
+        errno = S_ISDIR(status.st_mode) ? EISDIR : ENOTSUP;
         return -1;
     }
     return iniRead(descriptor, text);
@@ -57,17 +57,17 @@ const IniText* storeLoad() {
     struct stat status;
     int descriptor = open(storePath(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0) return nullptr;
-    return closeKeepingErrno(descriptor, readRegularFile(descriptor, &g_stored, &status)) == 0 ? &g_stored : nullptr;
+    return closeKeepingErrno(descriptor, readRegularFile(descriptor, g_stored, status)) == 0 ? &g_stored : nullptr;
 }
 
 // A store that is not there yet is an empty one.
-static int loadForChange(const StoreFolder& folder, IniText* text, FileState* state) {
-    *state = {};
-    text->length = 0;
+static int loadForChange(const StoreFolder& folder, IniText& text, FileState& state) {
+    state = {};
+    text.length = 0;
     int descriptor = openat(folder.descriptor, folder.file, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW);
     if (descriptor < 0) return errno == ENOENT ? 0 : -1;
-    state->exists = true;
-    return closeKeepingErrno(descriptor, readRegularFile(descriptor, text, &state->status));
+    state.exists = true;
+    return closeKeepingErrno(descriptor, readRegularFile(descriptor, text, state.status));
 }
 
 static bool isUnchanged(const StoreFolder& folder, const FileState& before) {
@@ -87,13 +87,13 @@ static int copyAttributes(int descriptor, const FileState& before) {
 }
 
 // Its name is fixed, so one that a power cut left is not there for ever. It holds passwords: nobody else may read it.
-static int writeTemporary(const StoreFolder& folder, const IniText* text, const FileState& before) {
+static int writeTemporary(const StoreFolder& folder, const IniText& text, const FileState& before) {
     unlinkat(folder.descriptor, folder.temporary, 0);
     int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
     int descriptor = openat(folder.descriptor, folder.temporary, flags, 0600);
     if (descriptor < 0) return -1;
     int result = copyAttributes(descriptor, before);
-    if (result == 0) result = writeAll(descriptor, text->bytes, text->length);
+    if (result == 0) result = writeAll(descriptor, text.bytes, text.length);
     if (result == 0) result = fsync(descriptor);
     return closeKeepingErrno(descriptor, result);
 }
@@ -110,7 +110,7 @@ static int moveIntoPlace(const StoreFolder& folder, const FileState& before) {
 // Before it the old file may come back after a power cut. Some file systems have nothing to do for a folder.
 static int syncFolder(int descriptor) { return fsync(descriptor) == 0 || errno == EINVAL ? 0 : -1; }
 
-static int replaceFile(const StoreFolder& folder, const IniText* text, const FileState& before) {
+static int replaceFile(const StoreFolder& folder, const IniText& text, const FileState& before) {
     if (writeTemporary(folder, text, before) == 0 && moveIntoPlace(folder, before) == 0) {
         return syncFolder(folder.descriptor);
     }
@@ -130,18 +130,18 @@ static int makePermanent(const StoreFolder& folder) {
 
 static int changeOnce(const StoreFolder& folder, const char* section, const char* name, const char* value) {
     FileState before;
-    if (loadForChange(folder, &g_stored, &before) != 0) return -1;
-    if (iniChange(&g_stored, section, name, value, &g_changed) != 0) return -1;
+    if (loadForChange(folder, g_stored, before) != 0) return -1;
+    if (iniChange(g_stored, section, name, value, g_changed) != 0) return -1;
     bool same = g_stored.length == g_changed.length && memcmp(g_stored.bytes, g_changed.bytes, g_changed.length) == 0;
     if (same) return makePermanent(folder);
-    return replaceFile(folder, &g_changed, before);
+    return replaceFile(folder, g_changed, before);
 }
 
 static int change(const char* section, const char* name, const char* value) {
     StoreFolder folder;
-    if (lockStoreFolder(storePath(), &folder) != 0) return -1;
+    if (lockStoreFolder(storePath(), folder) != 0) return -1;
     int result = -1;
-    for (int attempt = 0; attempt < kMostAttempts; ++attempt) {
+    for (int attempt = 0; attempt < kMostAttempts; attempt++) {
         result = changeOnce(folder, section, name, value);
         if (result == 0 || errno != EAGAIN) break;
     }

@@ -12,4 +12,4 @@ struct StoreFolder {
 // Finds the folder of the file that `path` names, behind symbolic links (they stay, their target is what is replaced),
 // and waits some seconds for the lock on it. Returns 0, or -1 with errno set, EWOULDBLOCK when another writer has the
 // lock all the time.
-int lockStoreFolder(const char* path, StoreFolder* folder);
+int lockStoreFolder(const char* path, StoreFolder& folder);

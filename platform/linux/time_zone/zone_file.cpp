@@ -38,8 +38,9 @@ static uint8_t* putBytes(uint8_t* at, const void* bytes, int length) {
 
 // Changes before or beyond their day, such as "M3.5.0/-1" and "M3.4.4/26".
 static bool hasFarHours(const char* text) {
-    for (const char* at = strchr(text, '/'); at != nullptr; at = strchr(at + 1, '/'))
+    for (const char* at = strchr(text, '/'); at != nullptr; at = strchr(at + 1, '/')) {
         if (at[1] == '-' || atoi(at + 1) > 24) return true;
+    }
     return false;
 }
 

@@ -44,9 +44,9 @@ static int createFile(int folder, const char* name, mode_t mode, const char* byt
 static int createBoth(int folder, const char* text) {
     uint8_t file[kZoneFileSize];
     const int length = makeZoneFile(text, file);
-    if (length < 0 ||
-        createFile(folder, kNewFile, 0644, reinterpret_cast<const char*>(file), static_cast<size_t>(length)) != 0)
-        return -1;
+    if (length < 0) return -1;
+    const char* bytes = reinterpret_cast<const char*>(file);
+    if (createFile(folder, kNewFile, 0644, bytes, static_cast<size_t>(length)) != 0) return -1;
 
     char line[kZoneTextSize + 1];
     const int lineLength = snprintf(line, sizeof line, "%s\n", text);
@@ -109,8 +109,7 @@ static int replaceBoth(int folder, const char* text) {
     unlinkat(folder, kNewFile, 0);
     unlinkat(folder, kNewText, 0);
     unlinkat(folder, kOldText, 0);
-    if (fsync(folder) != 0 && errno != EINVAL)  // EINVAL: a file system without it
-        failed("fsync");
+    if (fsync(folder) != 0 && errno != EINVAL) failed("fsync");  // EINVAL: a file system without it
     return result;
 }
 

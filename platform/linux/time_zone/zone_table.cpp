@@ -166,8 +166,9 @@ static constexpr bool isBefore(const TimeZone& one, const TimeZone& other) {
 }
 
 static constexpr bool isSorted() {
-    for (int row = 1; row < kCount; row++)
+    for (int row = 1; row < kCount; row++) {
         if (!isBefore(kTimeZones[row - 1], kTimeZones[row])) return false;
+    }
     return true;
 }
 
@@ -180,8 +181,9 @@ static constexpr bool isComplete(const TimeZone& zone) {
 }
 
 static constexpr bool areComplete() {
-    for (const TimeZone& zone : kTimeZones)
+    for (const TimeZone& zone : kTimeZones) {
         if (!isComplete(zone)) return false;
+    }
     return true;
 }
 
@@ -196,13 +198,15 @@ int timeZoneCount() { return kCount; }
 const TimeZone* timeZoneAt(int row) { return row >= 0 && row < kCount ? &kTimeZones[row] : nullptr; }
 
 const TimeZone* findTimeZone(int id) {
-    for (const TimeZone& zone : kTimeZones)
+    for (const TimeZone& zone : kTimeZones) {
         if (zone.id == id) return &zone;
+    }
     return nullptr;
 }
 
 const TimeZone* findTimeZoneOnWire(int id) {
-    for (const TimeZone& zone : kTimeZones)
+    for (const TimeZone& zone : kTimeZones) {
         if (zone.wireId == id) return &zone;
+    }
     return nullptr;
 }

@@ -6,14 +6,14 @@
 
 #include "common/numbers.h"
 
-bool startNetwork(const char* line, Network* network) {
+bool startNetwork(const char* line, Network& network) {
     unsigned octets[6];
     if (sscanf(line, "BSS %2x:%2x:%2x:%2x:%2x:%2x", &octets[0], &octets[1], &octets[2], &octets[3], &octets[4],
                &octets[5]) != 6) {
         return false;
     }
-    *network = {};
-    snprintf(network->bssid, sizeof network->bssid, "%02x:%02x:%02x:%02x:%02x:%02x", octets[0], octets[1], octets[2],
+    network = {};
+    snprintf(network.bssid, sizeof network.bssid, "%02x:%02x:%02x:%02x:%02x:%02x", octets[0], octets[1], octets[2],
              octets[3], octets[4], octets[5]);
     return true;
 }
@@ -23,90 +23,90 @@ static int clamp(long number, int lowest, int highest) {
     return number > highest ? highest : static_cast<int>(number);
 }
 
-static void readFrequency(const char* value, Network* network) {
-    network->megahertz = clamp(strtol(value, nullptr, 10), 0, 100'000);
+static void readFrequency(const char* value, Network& network) {
+    network.megahertz = clamp(strtol(value, nullptr, 10), 0, 100'000);
 }
 
-static void readCapability(const char* value, Network* network) {
-    network->privacy = strstr(value, "Privacy") != nullptr;
-    network->ad_hoc = strstr(value, "IBSS") != nullptr;
+static void readCapability(const char* value, Network& network) {
+    network.privacy = strstr(value, "Privacy") != nullptr;
+    network.adHoc = strstr(value, "IBSS") != nullptr;
 }
 
 // "-45.00 dBm", or "60/100" from drivers that do not measure: -100 dBm is nothing, -50 dBm as good as it gets.
-static void readSignal(const char* value, Network* network) {
+static void readSignal(const char* value, Network& network) {
     long number = strtol(value, nullptr, 10);
     bool measured = strstr(value, "dBm") != nullptr;
-    network->quality = measured ? 2 * (clamp(number, -100, -50) + 100) : clamp(number, 0, 100);
+    network.quality = measured ? 2 * (clamp(number, -100, -50) + 100) : clamp(number, 0, 100);
 }
 
 // The letter of an SSID at `text`, which is one byte, "\\" or "\xHH". Returns where the next one stands.
-static const char* readLetter(const char* text, char* letter) {
-    *letter = text[0];
+static const char* readLetter(const char* text, char& letter) {
+    letter = text[0];
     if (text[0] != '\\') return text + 1;
     if (text[1] == '\\') return text + 2;
     int high = text[1] == 'x' ? hexDigit(text[2]) : -1;
     int low = high >= 0 ? hexDigit(text[3]) : -1;
     if (low < 0) return text + 1;
-    *letter = static_cast<char>(high << 4 | low);
+    letter = static_cast<char>(high << 4 | low);
     return text + 4;
 }
 
 // A hidden network's name is empty or all NUL bytes. A beacon and a probe response can both tell a name: the first that
 // tells one counts.
-static void readSsid(const char* value, Network* network) {
-    if (network->ssid_length > 0) return;
+static void readSsid(const char* value, Network& network) {
+    if (network.ssidLength > 0) return;
     bool hidden = true;
-    while (*value != '\0' && network->ssid_length < kMostSsid) {
+    while (*value != '\0' && network.ssidLength < kMostSsid) {
         char letter;
-        value = readLetter(value, &letter);
+        value = readLetter(value, letter);
         hidden = hidden && letter == '\0';
-        network->ssid[network->ssid_length++] = letter == '\0' || letter == '\n' ? '?' : letter;
+        network.ssid[network.ssidLength++] = letter == '\0' || letter == '\n' ? '?' : letter;
     }
-    if (hidden) network->ssid_length = 0;
+    if (hidden) network.ssidLength = 0;
 }
 
-static void readRsn(const char*, Network* network) {
-    network->rsn.present = true;
-    network->element = Element::Rsn;
+static void readRsn(const char*, Network& network) {
+    network.rsn.present = true;
+    network.element = Element::Rsn;
 }
 
-static void readWpa(const char*, Network* network) {
-    network->wpa.present = true;
-    network->element = Element::Wpa;
+static void readWpa(const char*, Network& network) {
+    network.wpa.present = true;
+    network.element = Element::Wpa;
 }
 
-static void readHt(const char*, Network* network) { network->ht = true; }
+static void readHt(const char*, Network& network) { network.ht = true; }
 
-static void readVht(const char*, Network* network) { network->vht = true; }
+static void readVht(const char*, Network& network) { network.vht = true; }
 
-static void readHe(const char*, Network* network) { network->he = true; }
+static void readHe(const char*, Network& network) { network.he = true; }
 
 static bool offersAes(const char* ciphers) {
     return strstr(ciphers, "CCMP") != nullptr || strstr(ciphers, "GCMP") != nullptr;
 }
 
-static void readGroupCipher(const char* value, Security* security) {
-    security->group_tkip = strstr(value, "TKIP") != nullptr;
-    security->group_aes = offersAes(value);
+static void readGroupCipher(const char* value, Security& security) {
+    security.groupTkip = strstr(value, "TKIP") != nullptr;
+    security.groupAes = offersAes(value);
 }
 
-static void readPairwiseCiphers(const char* value, Security* security) {
-    bool as_group = strstr(value, "Use group") != nullptr;
-    security->tkip = as_group ? security->group_tkip : strstr(value, "TKIP") != nullptr;
-    security->aes = as_group ? security->group_aes : offersAes(value);
+static void readPairwiseCiphers(const char* value, Security& security) {
+    bool asGroup = strstr(value, "Use group") != nullptr;
+    security.tkip = asGroup ? security.groupTkip : strstr(value, "TKIP") != nullptr;
+    security.aes = asGroup ? security.groupAes : offersAes(value);
 }
 
-static void readSuites(const char* value, Security* security) {
-    security->psk = strstr(value, "PSK") != nullptr;
-    security->sae = strstr(value, "SAE") != nullptr;
-    security->owe = strstr(value, "OWE") != nullptr;
-    security->enterprise = strstr(value, "802.1X") != nullptr;
+static void readSuites(const char* value, Security& security) {
+    security.psk = strstr(value, "PSK") != nullptr;
+    security.sae = strstr(value, "SAE") != nullptr;
+    security.owe = strstr(value, "OWE") != nullptr;
+    security.enterprise = strstr(value, "802.1X") != nullptr;
 }
 
 template <typename Target>
 struct Field {
     const char* name;
-    void (*read)(const char* value, Target* target);
+    void (*read)(const char* value, Target& target);
 };
 
 // Lines one tab in: "\tfreq: 2412".
@@ -138,7 +138,7 @@ static const char* valueOf(const char* line, const char* name) {
 }
 
 template <typename Target, size_t count>
-static void readField(const Field<Target> (&fields)[count], const char* line, Target* target) {
+static void readField(const Field<Target> (&fields)[count], const char* line, Target& target) {
     for (const Field<Target>& field : fields) {
         const char* value = valueOf(line, field.name);
         if (value != nullptr) return field.read(value, target);
@@ -146,13 +146,13 @@ static void readField(const Field<Target> (&fields)[count], const char* line, Ta
 }
 
 // The first field of an element can stand on the element's own line: "\tRSN:\t * Version: 1".
-void readNetworkLine(const char* line, Network* network) {
+void readNetworkLine(const char* line, Network& network) {
     if (line[0] != '\t') return;
     if (line[1] != '\t') {
-        network->element = Element::Other;
+        network.element = Element::Other;
         readField(kNetworkFields, line + 1, network);
     }
     const char* bullet = strchr(line, '*');
-    if (bullet == nullptr || network->element == Element::Other) return;
-    readField(kSecurityFields, bullet, network->element == Element::Rsn ? &network->rsn : &network->wpa);
+    if (bullet == nullptr || network.element == Element::Other) return;
+    readField(kSecurityFields, bullet, network.element == Element::Rsn ? network.rsn : network.wpa);
 }

@@ -8,7 +8,7 @@ constexpr size_t kMostSsid = 32;
 // What one security element (RSN, or the older WPA) of a network offers.
 struct Security {
     bool present, psk, sae, owe, enterprise;
-    bool group_tkip, group_aes, tkip, aes;
+    bool groupTkip, groupAes, tkip, aes;
 };
 
 enum class Element { Other, Rsn, Wpa };
@@ -16,17 +16,17 @@ enum class Element { Other, Rsn, Wpa };
 struct Network {
     int megahertz;
     char ssid[kMostSsid];  // without NUL bytes and newlines
-    size_t ssid_length;
+    size_t ssidLength;
     char bssid[18];
     int quality;  // 0 to 100
-    bool privacy, ad_hoc;
+    bool privacy, adHoc;
     Security rsn, wpa;
     bool ht, vht, he;
     Element element;  // the one whose lines are being read
 };
 
-// Makes *network a new one when the line is the first of a network: "BSS 00:11:22:33:44:55(on wlan0)".
-bool startNetwork(const char* line, Network* network);
+// Makes `network` a new one when the line is the first of a network: "BSS 00:11:22:33:44:55(on wlan0)".
+bool startNetwork(const char* line, Network& network);
 
 // Takes what a further line tells about the network.
-void readNetworkLine(const char* line, Network* network);
+void readNetworkLine(const char* line, Network& network);

@@ -39,10 +39,10 @@ static void put(char* line, ColumnIndex column, const char* text, size_t length)
 static void put(char* line, ColumnIndex column, const char* text) { put(line, column, text, strlen(text)); }
 
 // Null when no further line and the NUL fit.
-static char* newLine(List* list) {
-    if (list->size - list->used <= kLine) return nullptr;
-    char* line = list->text + list->used;
-    list->used += kLine;
+static char* newLine(List& list) {
+    if (list.size - list.used <= kLine) return nullptr;
+    char* line = list.text + list.used;
+    list.used += kLine;
     memset(line, ' ', kLine - 1);
     line[kLine - 1] = '\n';
     line[kLine] = '\0';
@@ -93,20 +93,20 @@ static void putNumber(char* line, ColumnIndex column, int number) {
     put(line, column, text);
 }
 
-static bool writeNetwork(const Network& network, List* list) {
+static bool writeNetwork(const Network& network, List& list) {
     char* line = newLine(list);
     if (line == nullptr) return false;
     putNumber(line, kChannel, channelOf(network.megahertz));
-    put(line, kSsid, network.ssid, network.ssid_length);
+    put(line, kSsid, network.ssid, network.ssidLength);
     put(line, kBssid, network.bssid);
     putSecurity(line, network);
     putNumber(line, kSignal, network.quality);
     put(line, kMode, modeOf(network));
-    put(line, kType, network.ad_hoc ? "Ad" : "In");
+    put(line, kType, network.adHoc ? "Ad" : "In");
     return true;
 }
 
-static bool writeHeading(List* list) {
+static bool writeHeading(List& list) {
     char* line = newLine(list);
     if (line == nullptr) return false;
     for (const Column& column : kColumns) memcpy(line + column.position, column.heading, strlen(column.heading));
@@ -126,7 +126,7 @@ static const char* takeLine(const char* scan, const char* end, char line[kMostLi
 
 int siteListFromScan(const char* scan, size_t length, char* list, size_t size) {
     List written = {list, size, 0};
-    if (!writeHeading(&written)) return -1;
+    if (!writeHeading(written)) return -1;
     const char* end = scan + length;
     char line[kMostLine];
     Network network = {};
@@ -135,13 +135,13 @@ int siteListFromScan(const char* scan, size_t length, char* list, size_t size) {
     while (scan < end) {
         scan = takeLine(scan, end, line);
         Network next;
-        if (!startNetwork(line, &next)) {
-            readNetworkLine(line, &network);
+        if (!startNetwork(line, next)) {
+            readNetworkLine(line, network);
             continue;
         }
-        if (started++ > 0) networks += writeNetwork(network, &written);
+        if (started++ > 0) networks += writeNetwork(network, written);
         network = next;
     }
-    if (started > 0) networks += writeNetwork(network, &written);
+    if (started > 0) networks += writeNetwork(network, written);
     return networks;
 }
