@@ -1,4 +1,3 @@
-#include <stddef.h>
 #include <stdint.h>
 
 #include "platform.h"

@@ -1,4 +1,5 @@
 #include <arpa/inet.h>
+#include <stdint.h>
 #include <string.h>
 
 #include "common/small_file.h"

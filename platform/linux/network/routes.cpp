@@ -1,4 +1,5 @@
 #include <net/route.h>
+#include <stdint.h>
 #include <stdio.h>
 #include <string.h>
 

@@ -2,6 +2,7 @@
 
 #include <errno.h>
 #include <string.h>
+#include <sys/types.h>
 
 #include "common/small_file.h"
 

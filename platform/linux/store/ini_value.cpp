@@ -1,5 +1,6 @@
 #include "store/ini_value.h"
 
+#include <stddef.h>
 #include <stdint.h>
 #include <string.h>
 

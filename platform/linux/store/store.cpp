@@ -5,6 +5,7 @@
 #include "common/complain.h"
 #include "common/numbers.h"
 #include "platform.h"
+#include "store/ini_file.h"
 #include "store/ini_value.h"
 #include "store/key_table.h"
 #include "store/store_file.h"

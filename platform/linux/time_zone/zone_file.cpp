@@ -26,7 +26,7 @@ static constexpr int kLargestTextSize = kZoneFileSize - 2 * kLargestBlock - 2;
 static_assert(kZoneTextSize <= kLargestTextSize);
 
 static uint8_t* putNumber(uint8_t* at, int64_t number, int width) {
-    const uint64_t bits = static_cast<uint64_t>(number);
+    uint64_t bits = static_cast<uint64_t>(number);
     for (int shift = (width - 1) * 8; shift >= 0; shift -= 8) *at++ = static_cast<uint8_t>(bits >> shift);
     return at;
 }
@@ -67,8 +67,8 @@ static uint8_t* putBlock(uint8_t* at, const char* text, const StandardTime& stan
 }
 
 int makeZoneFile(const char* text, uint8_t file[kZoneFileSize]) {
-    const int length = static_cast<int>(strnlen(text, kLargestTextSize));
-    const StandardTime standard = readStandardTime(text);
+    int length = static_cast<int>(strnlen(text, kLargestTextSize));
+    StandardTime standard = readStandardTime(text);
     if (length == kLargestTextSize || standard.nameLength > kLongestName) return -1;
 
     uint8_t* at = putBlock(file, text, standard, kEarliestIn4Bytes, 4);

@@ -32,7 +32,7 @@ static int failed(const char* name) {
 
 static int createFile(int folder, const char* name, mode_t mode, const char* bytes, size_t length) {
     unlinkat(folder, name, 0);  // left by a power cut
-    const int file = openat(folder, name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode);
+    int file = openat(folder, name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode);
     if (file < 0) return failed(name);
 
     int result = 0;
@@ -43,13 +43,13 @@ static int createFile(int folder, const char* name, mode_t mode, const char* byt
 
 static int createBoth(int folder, const char* text) {
     uint8_t file[kZoneFileSize];
-    const int length = makeZoneFile(text, file);
+    int length = makeZoneFile(text, file);
     if (length < 0) return -1;
     const char* bytes = reinterpret_cast<const char*>(file);
     if (createFile(folder, kNewFile, 0644, bytes, static_cast<size_t>(length)) != 0) return -1;
 
     char line[kZoneTextSize + 1];
-    const int lineLength = snprintf(line, sizeof line, "%s\n", text);
+    int lineLength = snprintf(line, sizeof line, "%s\n", text);
     return createFile(folder, kNewText, 0644, line, static_cast<size_t>(lineLength));
 }
 
@@ -105,7 +105,7 @@ static int renameBoth(int folder) {
 }
 
 static int replaceBoth(int folder, const char* text) {
-    const int result = createBoth(folder, text) == 0 ? renameBoth(folder) : -1;
+    int result = createBoth(folder, text) == 0 ? renameBoth(folder) : -1;
     unlinkat(folder, kNewFile, 0);
     unlinkat(folder, kNewText, 0);
     unlinkat(folder, kOldText, 0);
@@ -114,9 +114,9 @@ static int replaceBoth(int folder, const char* text) {
 }
 
 int installZone(const char* folder, const char* text) {
-    const int opened = open(folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    int opened = open(folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (opened < 0) return failed(folder);
-    const int result = lockFolder(opened) == 0 ? replaceBoth(opened, text) : failed(folder);
+    int result = lockFolder(opened) == 0 ? replaceBoth(opened, text) : failed(folder);
     close(opened);
     return result;
 }

@@ -1,7 +1,5 @@
 #include "time_zone/zone_table.h"
 
-#include <string.h>
-
 #include "time_zone/zone_text.h"
 
 // Numbers are kept by cameras and tools: a zone keeps its own for ever, and a zone that is dropped leaves a gap. Wire
@@ -173,7 +171,7 @@ static constexpr bool isSorted() {
 }
 
 static constexpr bool isComplete(const TimeZone& zone) {
-    const StandardTime standard = readStandardTime(zone.rule);
+    StandardTime standard = readStandardTime(zone.rule);
     int length = standard.textLength;
     while (zone.rule[length] != '\0') length++;
     return zone.id > 0 && zone.wireId > 0 && zone.label[0] != '\0' && length < kTimeZoneRuleSize &&

@@ -20,9 +20,9 @@ static bool isDaylightSaving(const TimezoneRule* rule) {
 
 // The abbreviation is the offset itself, "<+0930>-9:30": a name such as CEST would lie about an unusual shift.
 static int putDaylightTime(char* text, size_t size, int eastMinutes) {
-    const int hours = abs(eastMinutes) / 60;
-    const int minutes = abs(eastMinutes) % 60;
-    const bool west = eastMinutes < 0;
+    int hours = abs(eastMinutes) / 60;
+    int minutes = abs(eastMinutes) % 60;
+    bool west = eastMinutes < 0;
     if (minutes == 0) return snprintf(text, size, "<%c%02d>%s%d", west ? '-' : '+', hours, west ? "" : "-", hours);
     return snprintf(text, size, "<%c%02d%02d>%s%d:%02d", west ? '-' : '+', hours, minutes, west ? "" : "-", hours,
                     minutes);
@@ -31,8 +31,8 @@ static int putDaylightTime(char* text, size_t size, int eastMinutes) {
 static int makeUsersText(const char* rule, const TimezoneRule* daylight, char text[kZoneTextSize]) {
     if (daylight == nullptr || !isDaylightSaving(daylight)) return -1;
 
-    const StandardTime standard = readStandardTime(rule);
-    const int east = standard.offset / 60 + daylight->shift_minutes;
+    StandardTime standard = readStandardTime(rule);
+    int east = standard.offset / 60 + daylight->shift_minutes;
     if (!within(east, 1 - kMinutesADay, kMinutesADay - 1)) return -1;
 
     char daylightTime[24];

@@ -22,7 +22,7 @@ constexpr int kZoneTextSize = 96;  // room for any text makeZoneText makes
 // The standard time a well-formed text begins with. POSIX counts offsets westward: "CET-1" is an hour east.
 constexpr StandardTime readStandardTime(const char* text) {
     StandardTime standard{};
-    const bool quoted = text[0] == '<';
+    bool quoted = text[0] == '<';
     int at = quoted ? 1 : 0;
 
     standard.nameAt = at;
@@ -30,7 +30,7 @@ constexpr StandardTime readStandardTime(const char* text) {
     standard.nameLength = at - standard.nameAt;
     if (quoted && text[at] == '>') at++;
 
-    const int direction = text[at] == '-' ? 1 : -1;
+    int direction = text[at] == '-' ? 1 : -1;
     if (text[at] == '-' || text[at] == '+') at++;
     for (int unit = 3600, number = 0;; at++) {
         if (text[at] >= '0' && text[at] <= '9') {

@@ -1,8 +1,10 @@
 #include "wireless/site_list.h"
 
 #include <errno.h>
+#include <net/if.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/types.h>
 
 #include "common/complain.h"
 #include "common/run_program.h"
