@@ -84,8 +84,8 @@ int SIWriteInt(int slot, int value);  // 0, or -1
 
 enum { kTimezoneTable = 2 };
 
-int get_oem_timezone_id(int table, int id);        // internal id to wire id, -1: none
-int get_real_timezone_id(int table, int wire_id);  // wire id to internal id, -1: none
+int get_oem_timezone_id(int table, int id);       // internal id to wire id, -1: none
+int get_real_timezone_id(int table, int wireId);  // wire id to internal id, -1: none
 
 // Daylight saving as the user gave it. Months 1-12; week of the month 1-5, 5 the last; weekday 0-6, 0 Sunday; local
 // wall-clock hours and minutes.

@@ -7,15 +7,13 @@
 #include "time_zone/zone_table.h"
 #include "time_zone/zone_text.h"
 
-static constexpr int kTable = 2;
-
 int get_oem_timezone_id(int table, int id) {
-    const TimeZone* zone = table == kTable ? findTimeZone(id) : nullptr;
+    const TimeZone* zone = table == kTimezoneTable ? findTimeZone(id) : nullptr;
     return zone != nullptr ? zone->wireId : -1;
 }
 
-int get_real_timezone_id(int table, int wire_id) {
-    const TimeZone* zone = table == kTable ? findTimeZoneOnWire(wire_id) : nullptr;
+int get_real_timezone_id(int table, int wireId) {
+    const TimeZone* zone = table == kTimezoneTable ? findTimeZoneOnWire(wireId) : nullptr;
     return zone != nullptr ? zone->id : -1;
 }
 

@@ -46,13 +46,13 @@ static int makeUsersText(const char* rule, const TimezoneRule* daylight, char te
 
 int makeZoneText(const char* rule, int mode, const TimezoneRule* daylight, char text[kZoneTextSize]) {
     switch (mode) {
-        case kStandardTimeOnly:
+        case kNoDaylightSaving:
             snprintf(text, kZoneTextSize, "%.*s", readStandardTime(rule).textLength, rule);
             return 0;
-        case kRuleOfTheZone:
+        case kDaylightSavingOfTheZone:
             snprintf(text, kZoneTextSize, "%s", rule);
             return 0;
-        case kRuleOfTheUser:
+        case kDaylightSavingOfTheUser:
             return makeUsersText(rule, daylight, text);
         default:
             return -1;

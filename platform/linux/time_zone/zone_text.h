@@ -4,12 +4,6 @@
 
 #include "platform.h"
 
-enum DaylightSaving {
-    kStandardTimeOnly = 0,
-    kRuleOfTheZone = 1,
-    kRuleOfTheUser = 2,
-};
-
 struct StandardTime {
     int nameAt;      // first letter of the abbreviation, behind a '<'
     int nameLength;  // without the brackets
@@ -46,7 +40,7 @@ constexpr StandardTime readStandardTime(const char* text) {
     return standard;
 }
 
-// Writes the text of `rule` under `mode` (a DaylightSaving). Returns 0, or -1 for an unknown mode, and in the user's
+// Writes the text of `rule` under `mode` (of set_timezone). Returns 0, or -1 for an unknown mode, and in the user's
 // mode for no daylight saving given or one with a number out of its range. The shift, and the offset it leads to, must
 // stay under a day; 24:00 is the end of a day.
 int makeZoneText(const char* rule, int mode, const TimezoneRule* daylight, char text[kZoneTextSize]);
