@@ -68,10 +68,10 @@ static std::string encoded(const std::string& bytes) {
 
 TEST(Base64, GivesEveryByteBack) {
     std::string all;
-    for (int byte = 1; byte < 256; ++byte) all += static_cast<char>(byte);
+    for (int byte = 1; byte < 256; byte++) all += static_cast<char>(byte);
     EXPECT_EQ(decoded(encoded(all)), all);
-    for (int byte = 0; byte < 256; ++byte) {
-        for (size_t length = 1; length < 5; ++length) {
+    for (int byte = 0; byte < 256; byte++) {
+        for (size_t length = 1; length < 5; length++) {
             const std::string bytes(length, static_cast<char>(byte));
             EXPECT_EQ(decoded(encoded(bytes)), bytes);
         }
@@ -88,7 +88,7 @@ TEST(Base64, StopsAt255Bytes) {
 // Every other byte ends the text.
 TEST(Base64, KnowsItsAlphabetOnly) {
     int inside = 0;
-    for (int byte = 1; byte < 256; ++byte) inside += decoded("YQ"s + static_cast<char>(byte) + "YWJj").size() > 1;
+    for (int byte = 1; byte < 256; byte++) inside += decoded("YQ"s + static_cast<char>(byte) + "YWJj").size() > 1;
     EXPECT_EQ(inside, 64);
 }
 

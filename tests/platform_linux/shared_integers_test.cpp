@@ -10,7 +10,7 @@
 #include <thread>
 
 #include "platform.h"
-#include "zone_tools.h"
+#include "support/temporary_folder.h"
 
 using std::string_literals::operator""s;
 
@@ -105,10 +105,10 @@ TEST_F(SharedIntegers, AreWholeWhileThreadsWriteThem) {
     std::vector<std::thread> writers;
     for (const int value : {111111111, -22, 3}) {
         writers.emplace_back([this, value] {
-            for (int round = 0; round < 200; ++round) EXPECT_EQ(write(4, value), 0);
+            for (int round = 0; round < 200; round++) EXPECT_EQ(write(4, value), 0);
         });
     }
-    for (int round = 0; round < 400; ++round) {
+    for (int round = 0; round < 400; round++) {
         const std::optional<int> value = read(4);
         EXPECT_TRUE(value == 111111111 || value == -22 || value == 3);
     }

@@ -1,7 +1,7 @@
 # A second C library's view of the installed zones: a static program against musl.
 file(GLOB musl_specs /usr/lib/*-linux-musl/musl-gcc.specs)
 if(musl_specs AND NOT CMAKE_CROSSCOMPILING)
-    set(platform ${CMAKE_CURRENT_LIST_DIR}/../../platform)
+    set(platform ${CMAKE_CURRENT_LIST_DIR}/../../../platform)
     set(probe ${CMAKE_CURRENT_BINARY_DIR}/zone_probe.musl)
     set(probe_sources ${CMAKE_CURRENT_LIST_DIR}/zone_probe.cpp)
     foreach(source common/complain common/folder_lock common/small_file time_zone/time_zone time_zone/zone_file

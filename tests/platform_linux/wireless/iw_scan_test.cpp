@@ -247,7 +247,7 @@ TEST(IwScan, TakesSsidsApart) {
 
 TEST(IwScan, StaysInsideTheList) {
     std::string scan;
-    for (int index = 0; index < 300; ++index) scan += network("\tSSID: n" + std::to_string(index) + "\n");
+    for (int index = 0; index < 300; index++) scan += network("\tSSID: n" + std::to_string(index) + "\n");
     EXPECT_EQ(listed(scan, 215).size(), 216 * kLine);  // 21844 bytes
     EXPECT_EQ(listed(scan, 1, 2 * kLine + 1).size(), 2 * kLine);
     EXPECT_EQ(listed(scan, 0, 2 * kLine), kHeading);
@@ -261,7 +261,7 @@ TEST(IwScan, StaysInsideTheList) {
 
 TEST(IwScan, EndsWhereTheTextEnds) {
     const std::string scan = network("\tSSID: name\n" + kRsn);
-    for (size_t length = 0; length <= scan.size(); ++length) {
+    for (size_t length = 0; length <= scan.size(); length++) {
         const std::string text = scan.substr(0, length);
         const std::vector<char> exact(text.begin(), text.end());  // so that a sanitizer sees a read behind it
         char list[1000];

@@ -8,9 +8,9 @@
 #include <csignal>
 #include <cstdlib>
 
-#include "file_calls.h"
 #include "platform.h"
-#include "zone_tools.h"
+#include "support/file_calls.h"
+#include "support/temporary_folder.h"
 
 using std::string_literals::operator""s;
 
@@ -48,7 +48,7 @@ TEST_F(SiteList, IsAFileHandedThroughAsItStands) {
     writeFile(folder / "list", file);
     setenv("QVP_SITE_LIST", (folder / "list").c_str(), 1);
     const int length = static_cast<int>(file.size());
-    for (int size = 1; size < length + 4; ++size) {
+    for (int size = 1; size < length + 4; size++) {
         std::string list(40, 'Z');
         ASSERT_EQ(getSiteList(list.data(), size), 0);
         const size_t kept = static_cast<size_t>(size > length ? length : size - 1);
@@ -75,9 +75,9 @@ TEST_F(SiteList, IsNoneWhenReadingFailsMidway) {
     setenv("QVP_SITE_LIST", (folder / "list").c_str(), 1);
     int failures = 0;
     bool reached = true;
-    for (int step = 1; reached; ++step) {
+    for (int step = 1; reached; step++) {
         std::string list(40, 'Z');
-        CaughtFileCalls caught({.fail_at = step, .error = EIO});
+        CaughtFileCalls caught({.failAt = step, .error = EIO});
         const int result = getSiteList(list.data(), 40);
         reached = caught.made() >= step;
         failures += result != 0;

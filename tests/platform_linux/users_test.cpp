@@ -1,11 +1,11 @@
-// Users, the radio region and firmware images.
 #include <grp.h>
+#include <gtest/gtest.h>
 #include <pwd.h>
 #include <unistd.h>
 
-#include <climits>
-
-#include "store_fixture.h"
+#include "platform.h"
+#include "support/child_process.h"
+#include "support/temporary_folder.h"
 
 TEST(Users, HaveTheGroupOfTheSystemsDatabases) {
     EXPECT_EQ(usrInit(0), 0);
@@ -57,33 +57,4 @@ TEST(Users, AreThoseOfThisMachine) {
     const group* own = getgrgid(self->pw_gid);
     const std::string expected = own != nullptr ? own->gr_name : "";
     EXPECT_EQ(usrGetGroupName(name.c_str()), expected);
-}
-
-TEST_F(StoreTest, HoldsTheRadioRegion) {
-    int region = -7;
-    EXPECT_EQ(HWMIB_getRegion(&region), -1);
-    put("[HWMIB]\nRegion=x\n");
-    EXPECT_EQ(HWMIB_getRegion(&region), -1);
-    EXPECT_EQ(region, -7);
-    EXPECT_EQ(HWMIB_getRegion(nullptr), -1);
-    put("[HWMIB]\nRegion=16\n");
-    EXPECT_EQ(HWMIB_getRegion(nullptr), -1);
-    EXPECT_EQ(HWMIB_getRegion(&region), 0);
-    EXPECT_EQ(region, 16);
-    put("[HWMIB]\nRegion=-2147483648\n");
-    EXPECT_EQ(HWMIB_getRegion(&region), 0);
-    EXPECT_EQ(region, INT_MIN);
-}
-
-TEST(Firmware, IsRefusedWithALineEach) {
-    char image[] = "image";
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(VerifyFWCode(image, 5), -1);
-    EXPECT_NE(UpgradeFWCode(image, 5), 0);
-    EXPECT_LE(cfgAesDecode(image, 5), 0);
-    EXPECT_NE(unpackCFG(image, 5), 0);
-    EXPECT_EQ(VerifyFWCode(nullptr, 0), -1);
-    const std::string lines = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(std::count(lines.begin(), lines.end(), '\n'), 5);
-    EXPECT_STREQ(image, "image");
 }

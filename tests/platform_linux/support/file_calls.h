@@ -7,17 +7,17 @@
 #include <string>
 
 struct FileCalls {
-    int end_at = 0;            // 1: the process ends instead of the first call; 0: never
-    int fail_at = 0;           // likewise, the call fails
+    int endAt = 0;             // 1: the process ends instead of the first call; 0: never
+    int failAt = 0;            // likewise, the call fails
     int error = 0;             // with this errno
     const char* missing = "";  // the file system does not have this call: EPERM
-    int interrupt_at = 0;      // likewise, by a signal if the call is a kind that can be
+    int interruptAt = 0;       // likewise, by a signal if the call is a kind that can be
     std::function<void(const std::string& name)> before = nullptr;  // called before each call
-    bool no_sync = false;                                           // fsync does nothing, for tests with many writes
-    std::size_t most_bytes = 0;  // a write takes no more at once; 0: as many as it is given
+    bool noSync = false;                                            // fsync does nothing, for tests with many writes
+    std::size_t mostBytes = 0;  // a write takes no more at once; 0: as many as it is given
 };
 
-constexpr int kEndedAtCall = 77;  // exit status of a process that end_at ended
+constexpr int kEndedAtCall = 77;  // exit status of a process that endAt ended
 
 // While it lives, the calls are as it says; then they are the system's own again.
 class CaughtFileCalls {

@@ -4,8 +4,8 @@
 #include <cstring>
 #include <random>
 
-#include "file_calls.h"
-#include "store_fixture.h"
+#include "store/store_fixture.h"
+#include "support/file_calls.h"
 
 enum Kind { Text, Number, Version, Flag };
 
@@ -105,7 +105,7 @@ TEST_F(StoreTest, KnowsEveryKeyAndItsType) {
 }
 
 TEST_F(StoreTest, WritesEveryKeyByItsType) {
-    CaughtFileCalls caught({.no_sync = true});
+    CaughtFileCalls caught({.noSync = true});
     for (const KeyRow& row : kKeys) {
         put("");
         char value[8];
@@ -241,8 +241,8 @@ static const QuoteRow kQuoteRows[] = {
 INSTANTIATE_TEST_SUITE_P(Format, StoreQuotes, testing::ValuesIn(kQuoteRows));
 
 TEST_F(StoreTest, GivesEveryByteBack) {
-    CaughtFileCalls caught({.no_sync = true});
-    for (int byte = 1; byte < 256; ++byte) {
+    CaughtFileCalls caught({.noSync = true});
+    for (int byte = 1; byte < 256; byte++) {
         const std::string text(1, static_cast<char>(byte));
         for (const std::string& tried : {text, "a" + text + "b"}) {
             ASSERT_EQ(writeText("WIRELESS", "SSID", tried), 0) << byte;
@@ -253,14 +253,14 @@ TEST_F(StoreTest, GivesEveryByteBack) {
 
 // Any text, among neighbours that must stay what they are.
 TEST_F(StoreTest, GivesAnyTextBackByteForByte) {
-    CaughtFileCalls caught({.no_sync = true});
+    CaughtFileCalls caught({.noSync = true});
     std::mt19937 random(20260101);
     std::uniform_int_distribution<int> any_byte(1, 255);
     std::uniform_int_distribution<int> any_awkward(0, 11);
     std::uniform_int_distribution<size_t> any_length(0, 255);
     constexpr char kAwkward[] = " \t\r\n\"\\#;[]=x";
     put("[A]\nBefore=1\n[WIRELESS]\nSSID=\nWEPKey0=zero\n[B]\nAfter=2\n");
-    for (int round = 0; round < 300; ++round) {
+    for (int round = 0; round < 300; round++) {
         std::string text(round % 3 == 0 ? 255 : any_length(random), ' ');
         for (char& letter : text) {
             letter = round % 2 == 0 ? static_cast<char>(any_byte(random)) : kAwkward[any_awkward(random)];

@@ -7,10 +7,11 @@
 #include <ostream>
 #include <set>
 
+#include "support/temporary_folder.h"
 #include "time_zone/time_zone.h"
+#include "time_zone/tokyo_file.h"
+#include "time_zone/zone_rows.h"
 #include "time_zone/zone_table.h"
-#include "zone_rows.h"
-#include "zone_tools.h"
 
 namespace fs = std::filesystem;
 using namespace std::string_literals;
@@ -48,8 +49,9 @@ TEST(TimeZoneTable, IsTheSecondOne) {
 
 TEST(TimeZoneTable, LabelsTellTheZonesApart) {
     std::set<std::string> labels;
-    for (int row = 0; row < timeZoneCount(); row++)
+    for (int row = 0; row < timeZoneCount(); row++) {
         EXPECT_TRUE(labels.insert(timeZoneAt(row)->label).second) << timeZoneAt(row)->label;
+    }
     EXPECT_EQ(timeZoneAt(-1), nullptr);
     EXPECT_EQ(timeZoneAt(148), nullptr);
 }

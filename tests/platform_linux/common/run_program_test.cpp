@@ -8,8 +8,8 @@
 
 #include <csignal>
 
-#include "file_calls.h"
-#include "store_fixture.h"
+#include "support/child_process.h"
+#include "support/file_calls.h"
 
 struct Ran {
     int status;

@@ -1,7 +1,7 @@
 // The configuration store as a file that people and other programs edit too.
 #include <cstring>
 
-#include "store_fixture.h"
+#include "store/store_fixture.h"
 
 using Text = std::optional<std::string>;
 using std::string_literals::operator""s;

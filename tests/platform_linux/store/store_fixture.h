@@ -4,12 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <string>
 
 #include "platform.h"
-#include "zone_tools.h"
+#include "support/temporary_folder.h"
 
 class StoreTest : public testing::Test {
 protected:
@@ -35,6 +34,3 @@ std::optional<Number> storedNumber(const char* section, const char* key) {
 }
 
 int writeText(const char* section, const char* key, const std::string& text);
-
-// Exit status of a child process that runs `body`; 0 when it returns.
-int inChild(const std::function<void()>& body);

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "platform.h"
-#include "zone_tools.h"
+#include "support/temporary_folder.h"
 
 using Names = std::vector<std::string>;
 

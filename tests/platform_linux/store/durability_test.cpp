@@ -1,6 +1,5 @@
-// The store's file through power cuts, failures and other writers.
+// The store's file through power cuts and failures.
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -10,8 +9,9 @@
 #include <cerrno>
 #include <csignal>
 
-#include "file_calls.h"
-#include "store_fixture.h"
+#include "store/store_fixture.h"
+#include "support/child_process.h"
+#include "support/file_calls.h"
 
 namespace fs = std::filesystem;
 
@@ -32,10 +32,10 @@ class StoreSteps : public StoreTest, public testing::WithParamInterface<size_t> 
 // The writer ends at each of its system calls in turn, as in a power cut; the next writer must not notice.
 TEST_P(StoreSteps, LeaveTheOldStoreOrTheNewOneWhenTheWriterEnds) {
     int olds = 0, news = 0;
-    for (int step = 1;; ++step) {
+    for (int step = 1;; step++) {
         put(kOld);
         const int status = inChild([&] {
-            CaughtFileCalls caught({.end_at = step, .most_bytes = GetParam()});
+            CaughtFileCalls caught({.endAt = step, .mostBytes = GetParam()});
             _exit(writeText("INFO", "Product", "new") == 0 ? 0 : 2);
         });
         const std::string left = bytes();
@@ -55,11 +55,11 @@ TEST_P(StoreSteps, LeaveTheOldStoreOrTheNewOneWhenTheWriterEnds) {
 TEST_P(StoreSteps, LeaveTheOldStoreOrTheNewOneWhenACallFails) {
     int failures = 0;
     bool reached = true;
-    for (int step = 1; reached; ++step) {
+    for (int step = 1; reached; step++) {
         put(kOld);
         int result;
         {
-            CaughtFileCalls caught({.fail_at = step, .error = EIO, .most_bytes = GetParam()});
+            CaughtFileCalls caught({.failAt = step, .error = EIO, .mostBytes = GetParam()});
             result = writeText("INFO", "Product", "new");
             reached = caught.made() >= step;
         }
@@ -78,9 +78,9 @@ INSTANTIATE_TEST_SUITE_P(Pieces, StoreSteps, testing::Values(0, 7));
 
 TEST_F(StoreTest, IsWholeAfterInterruptedCalls) {
     bool reached = true;
-    for (int step = 1; reached; ++step) {
+    for (int step = 1; reached; step++) {
         put(kOld);
-        CaughtFileCalls caught({.interrupt_at = step, .most_bytes = 5});
+        CaughtFileCalls caught({.interruptAt = step, .mostBytes = 5});
         ASSERT_EQ(writeText("INFO", "Product", "new"), 0) << "step " << step;
         reached = caught.made() >= step;
         ASSERT_EQ(bytes(), kNew) << "step " << step;
@@ -119,7 +119,7 @@ TEST_F(StoreTest, IsNotCalledPermanentBeforeItsFolderIs) {
     const int folderSync = numberOfCall("fsync", 2);
     for (const int error : {EIO, EINVAL}) {
         put(kOld);
-        CaughtFileCalls caught({.fail_at = folderSync, .error = error});
+        CaughtFileCalls caught({.failAt = folderSync, .error = error});
         EXPECT_EQ(writeText("INFO", "Product", "new"), error == EIO ? -1 : 0);
         EXPECT_EQ(bytes(), kNew);
     }
@@ -130,7 +130,7 @@ TEST_F(StoreTest, IsNotCalledPermanentWhenItHasTheBytesOnly) {
     put(kNew);
     for (const int occurrence : {1, 2}) {
         const int sync = numberOfCall("fsync", occurrence);
-        CaughtFileCalls caught({.fail_at = sync, .error = EIO});
+        CaughtFileCalls caught({.failAt = sync, .error = EIO});
         EXPECT_EQ(writeText("INFO", "Product", "new"), -1) << occurrence;
         EXPECT_EQ(bytes(), kNew);
     }
@@ -150,98 +150,6 @@ TEST_F(StoreTest, IsNotWrittenWhenNothingChanges) {
     EXPECT_EQ(calls, (std::vector<std::string>{"fsync", "fsync"}));
     EXPECT_EQ(fileStatus(path()).st_ino, before);
     EXPECT_EQ(fs::last_write_time(path()), written);
-}
-
-// Somebody who knows no lock edits the store while it is being written.
-TEST_F(StoreTest, KeepsAnEditMadeBetweenReadAndRename) {
-    for (const bool replaced : {false, true}) {
-        for (const char* const moment : {"write", "fsync"}) {
-            put(kOld);
-            bool edited = false;
-            {
-                CaughtFileCalls caught({.before = [&](const std::string& name) {
-                    if (edited || name != moment) return;
-                    edited = true;
-                    if (replaced) fs::remove(path());
-                    put(kOld + "PWD=theirs\n");
-                }});
-                ASSERT_EQ(writeText("INFO", "Product", "new"), 0);
-            }
-            EXPECT_TRUE(edited);
-            EXPECT_EQ(bytes(), kNew + "PWD=theirs\n");
-        }
-    }
-}
-
-TEST_F(StoreTest, KeepsAStoreThatAppearsWhileTheFirstOneIsWritten) {
-    bool edited = false;
-    {
-        CaughtFileCalls caught({.before = [&](const std::string& name) {
-            if (edited || name != "fsync") return;
-            edited = true;
-            put(kOld);
-        }});
-        ASSERT_EQ(writeText("INFO", "Product", "new"), 0);
-    }
-    EXPECT_EQ(bytes(), kNew);
-}
-
-TEST_F(StoreTest, GivesWayToAnEditorThatNeverRests) {
-    put(kOld);
-    int edits = 0;
-    {
-        CaughtFileCalls caught({.before = [&](const std::string& name) {
-            if (name == "fsync") put(kOld + "#" + std::string(static_cast<size_t>(++edits), 'x'));
-        }});
-        EXPECT_EQ(writeText("INFO", "Product", "new"), -1);
-    }
-    EXPECT_GT(edits, 1);
-    EXPECT_EQ(bytes(), kOld + "#" + std::string(static_cast<size_t>(edits), 'x'));
-    EXPECT_EQ(folder.names(), std::vector<std::string>{"camera.ini"});
-}
-
-TEST_F(StoreTest, LosesNoWriteOfSeveralProcesses) {
-    const char* const keys[] = {"IP", "SubnetMask", "Gateway", "DNS0"};
-    constexpr int kWrites = 20;
-    put("[NETWORK_V4]\n");
-    std::vector<pid_t> writers;
-    for (const char* key : keys) {
-        writers.push_back(fork());
-        if (writers.back() != 0) continue;
-        bool good = true;
-        for (int number = 1; number <= kWrites && good; ++number) {
-            const std::string value = std::string(static_cast<size_t>(number), key[0]);
-            good = writeText("NETWORK_V4", key, value) == 0 && storedText("NETWORK_V4", key) == value;
-        }
-        _exit(good ? 0 : 1);
-    }
-    for (const pid_t writer : writers) {
-        int status = -1;
-        EXPECT_EQ(waitpid(writer, &status, 0), writer);
-        EXPECT_EQ(status, 0);
-    }
-    for (const char* key : keys) EXPECT_EQ(storedText("NETWORK_V4", key), std::string(kWrites, key[0]));
-    const std::string file = bytes();
-    EXPECT_EQ(std::count(file.begin(), file.end(), '\n'), 5);
-    EXPECT_EQ(folder.names(), std::vector<std::string>{"camera.ini"});
-}
-
-TEST_F(StoreTest, WaitsForAnotherWriterOnlySoLong) {
-    put(kOld);
-    const int other = open(folder.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    ASSERT_EQ(flock(other, LOCK_EX), 0);
-    EXPECT_EQ(writeText("INFO", "Product", "new"), -1);
-    EXPECT_EQ(bytes(), kOld);
-    int tries = 0;
-    {
-        CaughtFileCalls caught({.before = [&](const std::string& name) {
-            if (name == "flock" && ++tries == 3) flock(other, LOCK_UN);
-        }});
-        EXPECT_EQ(writeText("INFO", "Product", "new"), 0);
-    }
-    EXPECT_EQ(tries, 3);
-    EXPECT_EQ(bytes(), kNew);
-    close(other);
 }
 
 TEST_F(StoreTest, IsReplacedBehindItsLinks) {
@@ -344,8 +252,8 @@ TEST_F(StoreTest, LeaksNoDescriptor) {
     };
     const int before = next();
     bool reached = true;
-    for (int step = 1; reached; ++step) {
-        CaughtFileCalls caught({.fail_at = step, .error = EIO});
+    for (int step = 1; reached; step++) {
+        CaughtFileCalls caught({.failAt = step, .error = EIO});
         writeText("INFO", "Product", step % 2 == 0 ? "even" : "odd");
         storedText("INFO", "Product");
         reached = caught.made() >= step;

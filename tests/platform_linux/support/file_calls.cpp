@@ -1,4 +1,4 @@
-#include "file_calls.h"
+#include "support/file_calls.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -30,8 +30,8 @@ static bool isSlow(const std::string& name) { return name == "read" || name == "
 static bool allow(const char* name) {
     if (!g_caught) return true;
     ++g_made;
-    if (g_made == g_calls.end_at) _exit(kEndedAtCall);
-    if (g_made == g_calls.fail_at) {
+    if (g_made == g_calls.endAt) _exit(kEndedAtCall);
+    if (g_made == g_calls.failAt) {
         errno = g_calls.error;
         return false;
     }
@@ -39,7 +39,7 @@ static bool allow(const char* name) {
         errno = EPERM;
         return false;
     }
-    if (g_made == g_calls.interrupt_at && isSlow(name)) {
+    if (g_made == g_calls.interruptAt && isSlow(name)) {
         errno = EINTR;
         return false;
     }
@@ -69,16 +69,16 @@ CATCH(int, fchmod, (int descriptor, mode_t mode), (descriptor, mode))
 CATCH(int, unlinkat, (int folder, const char* path, int flags), (folder, path, flags))
 CATCH(ssize_t, readlinkat, (int folder, const char* path, char* target, size_t size), (folder, path, target, size))
 CATCH(int, symlinkat, (const char* target, int folder, const char* path), (target, folder, path))
-CATCH(int, linkat, (int folder, const char* path, int new_folder, const char* new_path, int flags),
-      (folder, path, new_folder, new_path, flags))
-CATCH(int, renameat, (int folder, const char* path, int new_folder, const char* new_path),
-      (folder, path, new_folder, new_path))
+CATCH(int, linkat, (int folder, const char* path, int newFolder, const char* newPath, int flags),
+      (folder, path, newFolder, newPath, flags))
+CATCH(int, renameat, (int folder, const char* path, int newFolder, const char* newPath),
+      (folder, path, newFolder, newPath))
 
 extern "C" int __real_fsync(int descriptor);
 extern "C" int __wrap_fsync(int descriptor);
 extern "C" int __wrap_fsync(int descriptor) {
     if (!allow("fsync")) return -1;
-    return g_caught && g_calls.no_sync ? 0 : __real_fsync(descriptor);
+    return g_caught && g_calls.noSync ? 0 : __real_fsync(descriptor);
 }
 
 // A close that fails has closed the descriptor all the same.
@@ -96,8 +96,8 @@ extern "C" ssize_t __real_write(int descriptor, const void* bytes, size_t length
 extern "C" ssize_t __wrap_write(int descriptor, const void* bytes, size_t length);
 extern "C" ssize_t __wrap_write(int descriptor, const void* bytes, size_t length) {
     if (!allow("write")) return -1;
-    const bool cut = g_caught && g_calls.most_bytes > 0;
-    return __real_write(descriptor, bytes, cut ? std::min(length, g_calls.most_bytes) : length);
+    const bool cut = g_caught && g_calls.mostBytes > 0;
+    return __real_write(descriptor, bytes, cut ? std::min(length, g_calls.mostBytes) : length);
 }
 
 // Handing on a mode that was not given does no harm: it is looked at with O_CREAT only.

@@ -9,9 +9,10 @@
 #include <cerrno>
 #include <set>
 
-#include "file_calls.h"
+#include "support/file_calls.h"
+#include "support/temporary_folder.h"
 #include "time_zone/time_zone.h"
-#include "zone_tools.h"
+#include "time_zone/tokyo_file.h"
 
 namespace fs = std::filesystem;
 
@@ -41,7 +42,7 @@ static int statusOf(pid_t child) {
 static int endAtCall(const TemporaryFolder& folder, int step) {
     const pid_t child = fork();
     if (child != 0) return statusOf(child);
-    CaughtFileCalls caught({.end_at = step});
+    CaughtFileCalls caught({.endAt = step});
     _exit(installParis(folder) == 0 ? 0 : 2);
 }
 
@@ -70,7 +71,7 @@ TEST(ZoneFiles, AreWholeWhereverTheWriterEnds) {
 }
 
 static int installParisFailingAt(const TemporaryFolder& folder, int step, int* calls) {
-    CaughtFileCalls caught({.fail_at = step, .error = EIO, .before = [calls](const std::string&) { ++*calls; }});
+    CaughtFileCalls caught({.failAt = step, .error = EIO, .before = [calls](const std::string&) { ++*calls; }});
     return installParis(folder);
 }
 
@@ -108,7 +109,7 @@ TEST(ZoneFiles, NeedNoHardLinks) {
 
 TEST(ZoneFiles, AreWrittenInPieces) {
     TemporaryFolder folder;
-    CaughtFileCalls caught({.most_bytes = 7});
+    CaughtFileCalls caught({.mostBytes = 7});
     EXPECT_EQ(installTokyo(folder), 0);
     EXPECT_EQ(readFile(folder / "localtime"), kTokyoFile);
     EXPECT_EQ(readFile(folder / "TZ"), kTokyoText);
@@ -225,8 +226,9 @@ TEST(ZoneFiles, AreAsTheyWereOnAFullDisk) {
 static pid_t startInstalling(const TemporaryFolder& folder, int turns) {
     const pid_t child = fork();
     if (child != 0) return child;
-    for (int turn = 0; turn < turns; turn++)
+    for (int turn = 0; turn < turns; turn++) {
         if ((turn % 2 == 0 ? installParis(folder) : installTokyo(folder)) != 0) _exit(1);
+    }
     _exit(0);
 }
 

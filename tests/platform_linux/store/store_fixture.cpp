@@ -1,7 +1,4 @@
-#include "store_fixture.h"
-
-#include <sys/wait.h>
-#include <unistd.h>
+#include "store/store_fixture.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -20,15 +17,4 @@ std::optional<std::string> storedText(const char* section, const char* key) {
 
 int writeText(const char* section, const char* key, const std::string& text) {
     return cfgWrite(section, key, text.c_str(), 1);
-}
-
-int inChild(const std::function<void()>& body) {
-    const pid_t child = fork();
-    if (child == 0) {
-        body();
-        _exit(testing::Test::HasFailure() ? 1 : 0);
-    }
-    int status = -1;
-    EXPECT_EQ(waitpid(child, &status, 0), child);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
