@@ -20,15 +20,15 @@ extern "C" {
 //   flag    uint8_t
 // store_keys.h lists the keys with their types.
 
-// Returns 0, or -1 with *out untouched when there is no such key. The daemon clears *out before each call and does not
-// look at the result.
+// Returns 0, or -1 with *out untouched when there is no such key. The daemon does not look at the result: what it has
+// put into *out before, zeros but for the PPPoE flag, is then the value.
 int cfgRead(const char* section, const char* key, void* out);
 
 enum { kWriteThrough = 1 };  // `flag` of cfgWrite: to permanent storage
 
 // Returns 0 once the value is stored for good, -1 when it could not be: the store is then as it was, or at worst holds
-// the value without being safe from a power cut. `flag` is always kWriteThrough. The daemon does not look at
-// the result.
+// the value without being safe from a power cut. `flag` is always kWriteThrough. The daemon does not look at the
+// result.
 int cfgWrite(const char* section, const char* key, const void* value, int flag);
 
 // The names in an ini file, in file order: its sections, and the fields of one section. Null when there are none, or no

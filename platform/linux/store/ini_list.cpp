@@ -1,5 +1,5 @@
-// The names in an ini file as linked lists. The only part of the platform that takes memory from the heap: the lists
-// belong to the caller.
+// The names in an ini file as linked lists. The only part of the platform that asks the heap for memory itself: the
+// lists belong to the caller.
 #include <errno.h>
 #include <fcntl.h>
 #include <stdlib.h>
