@@ -28,10 +28,11 @@ TEST_P(UserVerification, TakesAnUnknownUserForNoAdministrator) {
     EXPECT_TRUE(replies(reply(row()).put(22, {2}), call(row().handler, request(row()).bytes())));
 }
 
-TEST_P(UserVerification, AsksTheUserTableBehindTheCredentials) {
+TEST_P(UserVerification, DecodesBothAgainBehindTheCheckAndThenAsksTheUserTable) {
     call(row().handler, request(row()).bytes());
-    EXPECT_THAT(fake::eventsOf({"cfgRead", "usrInit", "usrGetGroupName"}),
-                ElementsAre("cfgRead USER_ADMIN Username1", "cfgRead USER_ADMIN Password1", "usrInit 0",
+    EXPECT_THAT(fake::eventsOf({"cfgRead", "Base64dec", "usrInit", "usrGetGroupName"}),
+                ElementsAre("cfgRead USER_ADMIN Username1", "cfgRead USER_ADMIN Password1", "Base64dec YWRtaW4",
+                            "Base64dec c2VjcmV0", "Base64dec YWRtaW4", "Base64dec c2VjcmV0", "usrInit 0",
                             "usrGetGroupName admin"));
     EXPECT_THAT(raisedFlags(), IsEmpty());
 }
@@ -40,6 +41,7 @@ TEST_P(UserVerification, TellsNothingWithoutTheRightPassword) {
     fake::camera().groups = {{"admin", "admin"}};
     const Packet wrong = request(row()).put(86, std::string("U2VjcmV0"));
     EXPECT_TRUE(replies(reply(row()).put(16, {3}), call(row().handler, wrong.bytes())));
+    EXPECT_THAT(fake::eventsOf({"Base64dec"}), ElementsAre("Base64dec YWRtaW4", "Base64dec U2VjcmV0"));
     EXPECT_THAT(fake::eventsOf({"usrInit", "usrGetGroupName"}), IsEmpty());
 }
 
