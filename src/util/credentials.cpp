@@ -24,4 +24,6 @@ void decodeField(char (&text)[kTextSize], const uint8_t (&field)[64]) {
     takeText(encoded, field);
     memset(text, 0, sizeof text);
     Base64dec(encoded, text);
+    size_t length = strnlen(text, sizeof text);
+    memset(text + length, 0, sizeof text - length);
 }

@@ -8,5 +8,6 @@
 // argument.
 int checkAuthentication(const char* user_b64, const char* pass_b64);
 
-// Decodes a Base64 field of a request, bounded to the field.
+// Decodes a Base64 field of a request, bounded to the field, up to the first NUL that it decodes to. The rest of `text`
+// is cleared.
 void decodeField(char (&text)[kTextSize], const uint8_t (&field)[64]);

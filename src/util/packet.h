@@ -41,14 +41,15 @@ void putText(uint8_t (&field)[Size], const char* text, size_t most = Size) {
     memcpy(field, text, length);
 }
 
-// Copies a text field of a request and ends it: up to its NUL or the field's end.
+// Copies a text field of a request, up to its NUL or the field's end, and clears the rest: what stands behind the NUL
+// stays in the request.
 template <size_t Room, size_t Size>
 void takeText(char (&text)[Room], const uint8_t (&field)[Size]) {
     static_assert(Room > Size);
     memset(text, 0, Room);
-    memcpy(text, field, Size);
+    memcpy(text, field, strnlen(reinterpret_cast<const char*>(field), Size));
 }
 
 // Copies the text that starts at `from` in a request's 1024-byte buffer: up to its NUL, 255 bytes or the buffer's end,
-// past its field if it has no NUL there.
+// past its field if it has no NUL there. The rest is cleared.
 void takeLongText(char (&text)[256], const uint8_t* request, const uint8_t* from);

@@ -65,6 +65,9 @@ std::optional<std::uint8_t> flag(const std::string& section, const std::string& 
 // "Section Key" of every read whose target was not all zero (a text's 256 bytes, a number's 2 or 4, a flag's one).
 const std::vector<std::string>& unclearedReads();
 
+// "Section Key" of every text written whose 256 bytes were not all zero behind its NUL.
+const std::vector<std::string>& unclearedWrites();
+
 // Lists of CfgEnum* handed out and not yet freed.
 int openLists();
 

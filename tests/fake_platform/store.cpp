@@ -18,7 +18,7 @@ using Value = std::variant<std::string, std::int32_t, std::uint16_t, std::uint8_
 
 struct Store {
     std::map<std::pair<std::string, std::string>, Value> values;
-    std::vector<std::string> unclearedReads;
+    std::vector<std::string> unclearedReads, unclearedWrites;
     int openLists = 0;
 };
 
@@ -62,6 +62,15 @@ void noteUncleared(const std::string& section, const std::string& key, const voi
     const std::size_t size = targetSize(keyType(section, key));
     if (std::any_of(bytes, bytes + size, [](unsigned char byte) { return byte != 0; })) {
         g_store.unclearedReads.push_back(section + " " + key);
+    }
+}
+
+// A text's 256 bytes are all the daemon's: none behind its NUL may be left over from elsewhere.
+void noteUnclearedText(const std::string& section, const std::string& key, const void* source) {
+    if (keyType(section, key) != KeyType::Text) return;
+    const auto* text = static_cast<const char*>(source);
+    if (std::any_of(std::find(text, text + 256, '\0'), text + 256, [](char byte) { return byte != 0; })) {
+        g_store.unclearedWrites.push_back(section + " " + key);
     }
 }
 
@@ -155,6 +164,8 @@ std::optional<std::uint8_t> flag(const std::string& section, const std::string& 
 
 const std::vector<std::string>& unclearedReads() { return g_store.unclearedReads; }
 
+const std::vector<std::string>& unclearedWrites() { return g_store.unclearedWrites; }
+
 int openLists() { return g_store.openLists; }
 
 }  // namespace fake
@@ -174,6 +185,7 @@ int cfgRead(const char* section, const char* key, void* out) {
 
 int cfgWrite(const char* section, const char* key, const void* value, int flag) {
     const std::optional<Value> given = taken(keyType(section, key), value);
+    noteUnclearedText(section, key, value);
     appendEvent(std::string("cfgWrite ") + section + " " + key + " " + shown(given) + " " + std::to_string(flag));
     if (!given || callFails("cfgWrite")) return -1;
     g_store.values[{section, key}] = *given;

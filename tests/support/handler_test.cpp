@@ -135,6 +135,7 @@ void HandlerTest::TearDown() {
     std::vector<std::string> uncleared = fake::unclearedReads();
     std::erase(uncleared, "NETWORK_V4 PPPoEEnable");  // read on top of the DDNS flag
     EXPECT_THAT(uncleared, testing::IsEmpty());
+    EXPECT_THAT(fake::unclearedWrites(), testing::IsEmpty());
     EXPECT_EQ(fake::openLists(), 0);
     clearFlags();
 }

@@ -150,6 +150,13 @@ TEST_P(ChangeAdminPassword, EndsAtTheFieldsSixtyFourthByte) {
     EXPECT_EQ(fake::text("USER_ADMIN", "Password1"), std::string(48, 'a'));
 }
 
+TEST_P(ChangeAdminPassword, EndsAtTheFirstNulItDecodesTo) {
+    EXPECT_TRUE(replies(reply(row()), change(std::string("ab\0cd", 5))));
+    EXPECT_EQ(fake::text("USER_ADMIN", "Password1"), "ab");
+    EXPECT_THAT(fake::unclearedWrites(), IsEmpty());
+    EXPECT_THAT(fake::commands(), ElementsAre(R"(/usr/sbin/set_passwd -u "admin" -p "ab"  2>/dev/null 1>/dev/null)"));
+}
+
 TEST_P(ChangeAdminPassword, IgnoresTheFieldBeforeTheNewPassword) {
     Packet packet = request(row());
     packet.put(214, base64("next")).fill(150, 64, 'Y');

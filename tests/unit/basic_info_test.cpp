@@ -94,6 +94,7 @@ TEST_P(SetBasicInfo, StoresUpTo63BytesOfTheName) {
     for (const auto& [given, stored] : names) {
         EXPECT_TRUE(replies(accepted(), send(staticSetup().fill(150, 64, 0).put(150, given))));
         EXPECT_EQ(fake::text("CAMSYSTEM", "CameraName"), stored);
+        EXPECT_THAT(fake::unclearedWrites(), IsEmpty());
     }
 }
 

@@ -1,9 +1,25 @@
-// Texts of a request that may run past their field.
+// Texts of a request: those that end with their field, and those that may run past it.
 #include "support/packet.h"
 #include "util/packet.h"
 
 namespace unit {
 namespace {
+
+TEST(ShortText, EndsAtItsNulOrItsFieldsEnd) {
+    const std::pair<std::string, std::string> rows[] = {
+        {std::string("abcdefgh"), "abcdefgh"},   {std::string("abcdefg\0", 8), "abcdefg"},
+        {std::string("ab\0cdefg", 8), "ab"},     {std::string("\0bcdefgh", 8), ""},
+        {std::string("a\0\0\0\0\0\0h", 8), "a"},
+    };
+    for (const auto& [field, expected] : rows) {
+        std::uint8_t given[8];
+        memcpy(given, field.data(), sizeof given);
+        char text[12];
+        memset(text, 0x55, sizeof text);
+        takeText(text, given);
+        EXPECT_EQ(std::string(text, sizeof text), expected + std::string(sizeof text - expected.size(), '\0'));
+    }
+}
 
 std::string taken(const Bytes& datagram, std::size_t from) {
     char text[256];
