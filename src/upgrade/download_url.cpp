@@ -4,7 +4,6 @@
 #include <string.h>
 
 static constexpr long kDefaultPort = 443;
-static constexpr size_t kLongestPort = 15;
 
 void str_to_lower(char* text) {
     if (text == nullptr) return;
@@ -13,19 +12,16 @@ void str_to_lower(char* text) {
     }
 }
 
-static bool takeHost(const char* text, const char* end, DownloadUrl& out) {
+static void takeHost(const char* text, const char* end, DownloadUrl& out) {
     size_t length = static_cast<size_t>(end - text);
-    if (length >= sizeof out.host) return false;
     memcpy(out.host, text, length);
     out.host[length] = '\0';
-    return true;
 }
 
+// A number beyond all ports stays beyond them: strtol ends at the largest long.
 static bool takePort(const char* text, DownloadUrl& out) {
-    const char* end = strchr(text, '/');
-    if (end == nullptr || static_cast<size_t>(end - text) > kLongestPort) return false;
     out.port = strtol(text, nullptr, 10);
-    return true;
+    return strchr(text, '/') != nullptr;
 }
 
 UrlResult takeHostApart(const char* text, DownloadUrl& out) {
@@ -35,11 +31,12 @@ UrlResult takeHostApart(const char* text, DownloadUrl& out) {
     out.path = slash;
     if (colon == nullptr && slash == nullptr) return UrlResult::HostWithoutEnd;
     if (colon != nullptr && !takePort(colon + 1, out)) return UrlResult::Invalid;
-    return takeHost(text, colon != nullptr ? colon : slash, out) ? UrlResult::Complete : UrlResult::Invalid;
+    takeHost(text, colon != nullptr ? colon : slash, out);
+    return UrlResult::Complete;
 }
 
 UrlResult takeApart(char (&url)[256], DownloadUrl& out) {
-    if (url[0] == '\0' || memchr(url, '\0', sizeof url) == nullptr) return UrlResult::Invalid;
+    if (memchr(url, '\0', sizeof url) == nullptr) return UrlResult::Invalid;
     str_to_lower(url);
     const char* secure = strstr(url, "https://");
     if (secure == nullptr || strstr(url, "http://") == nullptr) return UrlResult::Invalid;

@@ -2,7 +2,7 @@
 #pragma once
 
 struct DownloadUrl {
-    char host[256];
+    char host[256];  // as long as the longest text taken apart
     long port;
     const char* path;  // in the text taken apart
 };
@@ -17,8 +17,9 @@ enum class UrlResult {
 // starts one character behind the start of "https://".
 UrlResult takeApart(char (&url)[256], DownloadUrl& out);
 
-// The same from the host on: "host:port/path" or "host/path" (port 443). A host or port longer than its buffer is
-// invalid.
+// The same from the host on, a text of at most 255 bytes: "host:port/path", or "host/path" for port 443. The port is
+// the decimal number that its text begins with, however long, and 0 when it begins with none; a port too large for a
+// long is the largest long. A port without a '/' behind it is invalid.
 UrlResult takeHostApart(const char* text, DownloadUrl& out);
 
 // Lower-cases every byte in place; null is left alone.

@@ -21,8 +21,9 @@ static constexpr int kPatienceSeconds = 5;
 
 int resolve_host(const char* name, char (&out)[80]) {
     const hostent* host = gethostbyname(name);
-    if (host == nullptr || host->h_addrtype != AF_INET || host->h_addr_list[0] == nullptr) return -1;
-    return inet_ntop(AF_INET, host->h_addr_list[0], out, sizeof out) == nullptr ? -1 : 0;
+    if (host == nullptr) return -1;
+    inet_ntop(AF_INET, host->h_addr_list[0], out, sizeof out);
+    return 0;
 }
 
 static bool makeNonBlocking(int socket) {
@@ -75,12 +76,10 @@ struct Readiness {
     timeval left;
 };
 
-static bool prepare(Readiness& readiness, int socket) {
-    if (socket < 0 || socket >= FD_SETSIZE) return false;
+static void prepare(Readiness& readiness, int socket) {
     FD_ZERO(&readiness.sockets);
     FD_SET(socket, &readiness.sockets);
     readiness.left = {kPatienceSeconds, 0};
-    return true;
 }
 
 static int waitReadable(Readiness& readiness, int socket) {
@@ -88,16 +87,15 @@ static int waitReadable(Readiness& readiness, int socket) {
 }
 
 int receive_http_header(int socket, char* buffer, int capacity) {
+    if (socket < 0 || socket >= FD_SETSIZE || buffer == nullptr || capacity < 1) return -1;
     Readiness readiness;
-    if (buffer == nullptr || capacity < 1 || !prepare(readiness, socket)) return -1;
-    for (int total = 0; total < capacity;) {
+    prepare(readiness, socket);
+    for (int total = 1;; total++) {
         if (waitReadable(readiness, socket) < 0) return -1;
-        if (recv(socket, buffer + total, 1, 0) < 1) return -1;
-        total++;
+        if (recv(socket, buffer + total - 1, 1, 0) < 1) return -1;
         if (total >= capacity) return -1;
         if (total >= 4 && memcmp(buffer + total - 4, "\r\n\r\n", 4) == 0) return 0;
     }
-    return -1;
 }
 
 // Takes the length of the body that a header announces; false when it announces none, or its status is not 200.
@@ -116,10 +114,10 @@ static uint8_t* allocateBody(long length) {
     return static_cast<uint8_t*>(calloc(1, length > 0 ? static_cast<size_t>(length) : 1));
 }
 
-// Returns the result of the last wait, 0 without any, or -1.
+// From the socket that the header came by. Returns the result of the last wait, 0 without any, or -1.
 static int receiveBody(int socket, uint8_t* body, int length) {
     Readiness readiness;
-    if (!prepare(readiness, socket)) return -1;
+    prepare(readiness, socket);
     int result = 0;
     while (length > 0) {
         result = waitReadable(readiness, socket);

@@ -3,9 +3,10 @@
 
 #include <stdint.h>
 
-// Fetches `path` and leaves the body in *data, on the heap; a buffer already there is freed. Returns 0 for success. Any
-// other value means failure to the callers, and also a body that had to be waited for: the result of the last select is
-// returned as it is, so that of the complete downloads only one with an empty body succeeds.
+// Fetches `path` and leaves the body in *data, on the heap; a buffer already there is freed. Returns -1 for a failure,
+// 0 for an empty body, and for any other body the result of the select before its last piece. That is 1 when the socket
+// was ready, which the callers take for a failure like any value but 0; only a last piece that comes just after its
+// wait has timed out makes it 0.
 int http_download(const char* host, long port, const char* path, uint8_t** data);
 
 // Connects and sends the request. Returns 0, or -1 with *out -1.

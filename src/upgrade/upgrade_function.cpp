@@ -19,10 +19,12 @@ static constexpr Command kConfigUpgrade{"config_upgrade", Addressing::MacOnly, P
 static constexpr Command kFirmwareUpgrade{"firmware_upgrade", Addressing::MacOnly, Protection::Open,
                                           sizeof(UpgradeReply), acknowledge};
 
+// A request of neither layout is left no room for a reply: it passes the checks that come before that one, and nothing
+// is filled.
 static int answer(const Command& command, const uint8_t* request, uint8_t* reply, int capacity) {
-    int length = serve(kPrimary, command, request, reply, capacity);
     uint16_t payload = load(view<PacketHeader>(request).payload_length);
-    return payload == kShortPayload || payload == kLongPayload ? length : -1;
+    bool isKnown = payload == kShortPayload || payload == kLongPayload;
+    return serve(kPrimary, command, request, reply, isKnown ? capacity : 0);
 }
 
 int config_upgrade(const uint8_t* request, uint8_t* reply, int capacity) {
