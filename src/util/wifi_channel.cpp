@@ -8,29 +8,30 @@
 
 static constexpr char kChannelTable[] = "/etc/wifi_channel.ini";
 
-static bool hasSection(const char* name) {
-    ListNode* sections = CfgEnumSec(kChannelTable);
-    const ListNode* section = sections;
-    while (section != nullptr && strcmp(section->name, name) != 0) section = section->next;
-    bool found = section != nullptr;
-    ListFree(sections);
-    return found;
+static bool hasSection(const ListNode* sections, const char* name) {
+    while (sections != nullptr && strcmp(sections->name, name) != 0) sections = sections->next;
+    return sections != nullptr;
 }
 
-static bool listsChannel(const char* section, int channel) {
-    ListNode* fields = CfgEnumField(kChannelTable, section);
-    const ListNode* field = fields;
-    while (field != nullptr && atoi(field->name) != channel) field = field->next;
-    bool found = field != nullptr;
-    ListFree(fields);
-    return found;
+// Channel 0 is no channel, whatever the list says.
+static bool hasChannel(const ListNode* fields, int channel) {
+    while (fields != nullptr && (channel == 0 || atoi(fields->name) != channel)) fields = fields->next;
+    return fields != nullptr;
 }
 
 int checkWifiChannel(int channel) {
     int region = 0;
     HWMIB_getRegion(&region);
-    char section[16];
-    snprintf(section, sizeof section, "%d", region);
-    if (!hasSection(section) || channel == 0) return -1;
-    return listsChannel(section, channel) ? 0 : -1;
+    char name[16];
+    snprintf(name, sizeof name, "%d", region);
+    ListNode* sections = CfgEnumSec(kChannelTable);
+    if (!hasSection(sections, name)) {
+        ListFree(sections);
+        return -1;
+    }
+    ListNode* fields = CfgEnumField(kChannelTable, name);
+    bool allowed = hasChannel(fields, channel);
+    ListFree(fields);
+    ListFree(sections);
+    return allowed ? 0 : -1;
 }

@@ -68,7 +68,7 @@ const std::vector<std::string>& unclearedReads();
 // "Section Key" of every text written whose 256 bytes were not all zero behind its NUL.
 const std::vector<std::string>& unclearedWrites();
 
-// Lists of CfgEnum* handed out and not yet freed.
+// Lists of CfgEnum* handed out and not yet freed. The event of a ListFree names the list's first entry.
 int openLists();
 
 // --- The log ---

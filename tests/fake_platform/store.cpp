@@ -212,6 +212,7 @@ ListNode* CfgEnumField(const char* file, const char* section) {
 }
 
 void ListFree(ListNode* list) {
+    appendEvent(list == nullptr ? "ListFree null" : std::string("ListFree ") + list->name);
     if (list != nullptr) --g_store.openLists;
     while (list != nullptr) {
         ListNode* next = list->next;

@@ -58,16 +58,36 @@ TEST_F(WifiChannel, IsRefusedWithoutAFile) {
     EXPECT_EQ(checkWifiChannel(6), -1);
 }
 
-TEST_F(WifiChannel, AsksForTheRegionThenTheSectionsThenTheFields) {
-    fake::camera().region = 12;
-    fake::camera().iniFiles[kTable] = {{"013", {"6"}}, {"11", {"1"}}, {"12", {"6"}}, {"13 ", {"6"}}};
-    EXPECT_EQ(checkWifiChannel(6), 0);
-    EXPECT_EQ(fake::events(),
-              (Events{"HWMIB_getRegion", "CfgEnumSec /etc/wifi_channel.ini", "CfgEnumField /etc/wifi_channel.ini 12"}));
-    fake::clearEvents();
-    fake::camera().region = 13;
+// The region's section is asked for channel 0 as for any other; the sections are given back behind the fields.
+TEST_F(WifiChannel, AsksAndGivesBackInOrder) {
+    const Events sections{"HWMIB_getRegion", "CfgEnumSec /etc/wifi_channel.ini"};
+    const struct {
+        const char* name;
+        int region, channel, result;
+        Events behind;
+    } rows[] = {
+        {"listed", 12, 6, 0, {"CfgEnumField /etc/wifi_channel.ini 12", "ListFree 1", "ListFree 013"}},
+        {"not listed", 12, 7, -1, {"CfgEnumField /etc/wifi_channel.ini 12", "ListFree 1", "ListFree 013"}},
+        {"channel 0", 12, 0, -1, {"CfgEnumField /etc/wifi_channel.ini 12", "ListFree 1", "ListFree 013"}},
+        {"empty section", 11, 6, -1, {"CfgEnumField /etc/wifi_channel.ini 11", "ListFree null", "ListFree 013"}},
+        {"no such section", 13, 6, -1, {"ListFree 013"}},
+    };
+    fake::camera().iniFiles[kTable] = {{"013", {"6"}}, {"11", {}}, {"12", {"1", "6"}}, {"13 ", {"6"}}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        fake::clearEvents();
+        fake::camera().region = row.region;
+        EXPECT_EQ(checkWifiChannel(row.channel), row.result);
+        Events expected = sections;
+        expected.insert(expected.end(), row.behind.begin(), row.behind.end());
+        EXPECT_EQ(fake::events(), expected);
+    }
+}
+
+TEST_F(WifiChannel, GivesBackAnEmptyListOfSections) {
+    fake::camera().region = 1;
     EXPECT_EQ(checkWifiChannel(6), -1);
-    EXPECT_EQ(fake::events(), (Events{"HWMIB_getRegion", "CfgEnumSec /etc/wifi_channel.ini"}));
+    EXPECT_EQ(fake::events(), (Events{"HWMIB_getRegion", "CfgEnumSec /etc/wifi_channel.ini", "ListFree null"}));
 }
 
 }  // namespace
