@@ -1,9 +1,10 @@
-"""The daemon needs nothing but a C library.
+"""The daemon needs nothing but a C library, and what is shipped has every part of it.
 
 Usage: symbols_test.py EXECUTABLE OBJECT...
 
 Every symbol that the objects leave undefined must be defined by another of them or by the C library, the dynamic loader
-or the linker; none may belong to a C++ runtime. The executable may name no shared library but the C library.
+or the linker; none may belong to a C++ runtime. The executable may name no shared library but the C library, and holds
+the functions that nothing in it calls.
 """
 import re
 import subprocess
@@ -11,6 +12,7 @@ import sys
 
 RUNTIME = re.compile(r"^(_ZNS?t|_ZS|_ZT[VIS]|_Zn[wa]|_Zd[la]|__cxa_(?!finalize$)|__gxx_|_Unwind_|__dynamic_cast)")
 LINKER = {"_GLOBAL_OFFSET_TABLE_"}
+UNCALLED = {"start_download_thread", "config_upgrade", "firmware_upgrade"}
 
 
 def run(*command):
@@ -27,6 +29,10 @@ def c_library():
     return symbols([path], "--dynamic", "--defined-only")
 
 
+def functions(executable):
+    return set(re.findall(r" T (\w+)\(", run("nm", "--demangle", "--defined-only", executable)))
+
+
 def main(executable, objects):
     wanted = symbols(objects, "--undefined-only") - symbols(objects, "--defined-only") - LINKER
     faults = [f"belongs to a C++ runtime: {name}" for name in sorted(wanted) if RUNTIME.match(name)]
@@ -34,6 +40,7 @@ def main(executable, objects):
     needed = re.findall(r"\(NEEDED\).*\[(.*)\]", run("readelf", "--dynamic", executable))
     if needed != ["libc.so.6"]:
         faults.append(f"{executable} needs {needed}")
+    faults += [f"not in {executable}: {name}" for name in sorted(UNCALLED - functions(executable))]
     print(f"{len(objects)} objects, {len(wanted)} symbols from outside, {executable} needs {', '.join(needed)}")
     print("\n".join(faults))
     return 1 if faults or not wanted else 0
