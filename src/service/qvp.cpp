@@ -16,6 +16,7 @@
 #include "service/service_state.h"
 #include "service/signals.h"
 #include "system/signal_window.h"
+#include "system/standard_descriptors.h"
 #include "system/trace.h"
 #include "upgrade/download_state.h"
 
@@ -123,6 +124,7 @@ static void serveUntilStopped(const char* interfaceName) {
 int main(int argc, char* argv[]) {
     if (argc != 2) return fail(165, "Invalid parameter");
     const char* interfaceName = argv[1];
+    openStandardDescriptors();
     blockSignals();
     if (takePidFile(interfaceName) != 0) return -1;
     memset(&g_stDownThread, 0, sizeof g_stDownThread);

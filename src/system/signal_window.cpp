@@ -1,7 +1,5 @@
 #include "system/signal_window.h"
 
-static constexpr int kWindowSignals[] = {SIGALRM, SIGINT, SIGQUIT, SIGTERM, SIGUSR1};
-
 static sigset_t g_stOriginalMask;
 static sigset_t g_stClosedMask;
 static sigset_t g_stOpenMask;

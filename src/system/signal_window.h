@@ -7,7 +7,9 @@
 
 #include <signal.h>
 
-// Blocks the five signals and keeps the mask the daemon was started with. Called once, first thing.
+constexpr int kWindowSignals[] = {SIGALRM, SIGINT, SIGQUIT, SIGTERM, SIGUSR1};
+
+// Blocks the five signals and keeps the mask the daemon was started with. Called once, before a handler is installed.
 void blockSignals();
 
 // The mask the daemon was started with, for the commands it runs.

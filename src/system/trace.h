@@ -1,5 +1,5 @@
-// Trace lines on standard error, each written whole by one write(2), so that lines of a signal handler or of the worker
-// thread never mix with others.
+// Trace lines on standard error. Each is put together first and handed to one write(2), so that lines of the worker's
+// thread do not mix with others; what the system takes only in part is written in several.
 #pragma once
 
 // Writes the text as it stands; a line longer than 511 bytes is cut.

@@ -175,6 +175,6 @@ int commandsWithBlockedSignals() { return count(Counter::BlockedSignals); }
 
 int commandsWithIgnoredSignals() { return count(Counter::IgnoredSignals); }
 
-int commandsWithInheritedSockets() { return count(Counter::InheritedSockets); }
+int commandsWithOpenDescriptors() { return count(Counter::OpenDescriptors); }
 
 }  // namespace fake

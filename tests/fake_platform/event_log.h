@@ -12,7 +12,7 @@ std::vector<std::string> readEvents();
 void clearEventLog();
 
 // Counters with the same reach.
-enum class Counter { BlockedSignals, IgnoredSignals, InheritedSockets };
+enum class Counter { BlockedSignals, IgnoredSignals, OpenDescriptors };
 void increment(Counter counter);
 int count(Counter counter);
 

@@ -1,9 +1,9 @@
 // A camera in memory: every function of platform.h, answered from what a test seeds, and a log of everything the daemon
 // asked for, platform calls and system calls alike, in the order it asked.
 //
-// The system calls are caught at link time. These never reach the system: system, clock_settime, setitimer, and every
-// kind of sleep; commands of the shell are recorded even when a child process runs them. The others pass through until
-// scripted_network.h takes them over.
+// The system calls are caught at link time. These never reach the system: system, execv, clock_settime, setitimer, and
+// every kind of sleep; commands of the shell are recorded even when a child process runs them. The others pass through
+// until scripted_network.h takes them over.
 #pragma once
 
 #include <array>
@@ -94,10 +94,10 @@ void onEvent(const std::string& prefix, std::function<void()> action);
 std::string quoted(const std::string& text);
 
 // Commands that were started with one of the daemon's signals blocked; with one ignored that a command must be able to
-// die of; with the daemon's socket.
+// die of; with a descriptor of the daemon's open, 0 to 2 apart, and be it close-on-exec.
 int commandsWithBlockedSignals();
 int commandsWithIgnoredSignals();
-int commandsWithInheritedSockets();
+int commandsWithOpenDescriptors();
 
 // --- System calls ---
 

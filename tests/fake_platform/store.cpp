@@ -8,8 +8,8 @@
 
 #include "event_log.h"
 #include "fake_platform.h"
-#include "parts.h"
 #include "key_types.h"
+#include "parts.h"
 
 namespace fake {
 namespace {

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <stdarg.h>
+#include <sys/syscall.h>
 #include <sys/types.h>
 #include <unistd.h>
 
@@ -44,9 +45,17 @@ void noteIgnoredSignals() {
     }
 }
 
-void noteInheritedSocket() {
-    const int flags = scriptedSocket() < 0 ? -1 : fcntl(scriptedSocket(), F_GETFD);
-    if (flags >= 0 && (flags & FD_CLOEXEC) == 0) increment(Counter::InheritedSockets);
+void noteOpenDescriptors() {
+    for (int descriptor = 3; descriptor < 1024; ++descriptor) {
+        if (fcntl(descriptor, F_GETFD) != -1) return increment(Counter::OpenDescriptors);
+    }
+}
+
+// What a command finds when it starts.
+void noteStart() {
+    noteBlockedSignals();
+    noteIgnoredSignals();
+    noteOpenDescriptors();
 }
 
 bool isRunFile(const char* path) { return std::strncmp(path, "/var/run/", 9) == 0; }
@@ -96,13 +105,38 @@ extern "C" {
 
 int __real_open(const char* path, int flags, ...);
 int __real_unlink(const char* path);
+long __real_syscall(long number, ...);
 
 int __wrap_system(const char* command) {
-    noteBlockedSignals();
-    noteIgnoredSignals();
-    noteInheritedSocket();
+    noteStart();
     appendEvent(std::string("system ") + (command == nullptr ? "null" : command));
     return 0;
+}
+
+// Does not come back, as if the program had run and ended.
+int __wrap_execv(const char* path, char* const arguments[]) {
+    noteStart();
+    std::string event = std::string("execv ") + path;
+    for (char* const* argument = arguments; *argument != nullptr; ++argument) event += std::string(" ") + *argument;
+    appendEvent(event);
+    _exit(0);
+}
+
+long __wrap_syscall(long number, ...) {
+    va_list list;
+    va_start(list, number);
+    long arguments[6];
+    for (long& argument : arguments) argument = va_arg(list, long);
+    va_end(list);
+    if (number == SYS_close_range) {
+        if (networkIsScripted()) {
+            appendEvent("close_range " + std::to_string(static_cast<unsigned>(arguments[0])) + " " +
+                        std::to_string(static_cast<unsigned>(arguments[1])) + " " +
+                        std::to_string(static_cast<unsigned>(arguments[2])));
+        }
+        if (callFails("close_range")) return -1;
+    }
+    return __real_syscall(number, arguments[0], arguments[1], arguments[2], arguments[3], arguments[4], arguments[5]);
 }
 
 int __wrap_open(const char* path, int flags, ...) {

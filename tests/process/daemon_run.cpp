@@ -27,11 +27,14 @@ static int runMain(std::vector<std::string> arguments) {
     return qvp_main(static_cast<int>(arguments.size()), argv.data());
 }
 
-DaemonRun runDaemon(const std::vector<std::string>& arguments) {
+DaemonRun runDaemon(const std::vector<std::string>& arguments, const std::vector<int>& closed) {
     DaemonRun run{};
     const CapturedStderr captured;
     const pid_t child = fork();
-    if (child == 0) _exit(runMain(arguments) & 0xFF);
+    if (child == 0) {
+        for (const int descriptor : closed) close(descriptor);
+        _exit(runMain(arguments) & 0xFF);
+    }
     int status = 0;
     waitpid(child, &status, 0);
     fake::clearScript();

@@ -19,8 +19,9 @@ struct DaemonRun {
     std::vector<std::string> serviceTrace() const;
 };
 
-// Runs it with these arguments (the program's name stands in front); the script of scripted_network.h must be there.
-DaemonRun runDaemon(const std::vector<std::string>& arguments = {"eth0"});
+// Runs it with these arguments (the program's name stands in front) and without these descriptors; the script of
+// scripted_network.h must be there.
+DaemonRun runDaemon(const std::vector<std::string>& arguments = {"eth0"}, const std::vector<int>& closed = {});
 
 // What a function of the daemon's gives instead of doing its work, as the linker puts it in.
 struct Substitutes {

@@ -1,12 +1,14 @@
 // From the command line to the first wait, and every way to fail in between.
 #include <errno.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
 
 #include "process/daemon_run.h"
+#include "service/service_state.h"
 
 namespace unit {
 namespace {
@@ -177,6 +179,45 @@ TEST_F(Start, GoesOnWhenTheFirstReportCannotBeSent) {
     fake::failCall("sendto", 1, ENETUNREACH);
     EXPECT_EQ(runDaemon().status, 0);
     EXPECT_THAT(fake::eventsOf({"wait"}), ElementsAre("wait"));
+}
+
+std::string fileBehind(int descriptor) {
+    struct stat file = {}, null = {};
+    if (fstat(descriptor, &file) != 0) return "closed";
+    stat("/dev/null", &null);
+    return file.st_rdev == null.st_rdev ? "null" : std::to_string(file.st_dev) + ":" + std::to_string(file.st_ino);
+}
+
+// What descriptors 0 to 2 are when the daemon waits, and what its socket is.
+fake::Events descriptorsOfARun(const std::vector<int>& closed) {
+    fake::clearEvents();
+    fake::beforeWait([] {
+        for (const int descriptor : {0, 1, 2}) fake::record("descriptor " + fileBehind(descriptor));
+        fake::record(std::string("descriptor socket ") + (g_nSocket > 2 ? "beyond" : "among them"));
+    });
+    EXPECT_EQ(runDaemon({"eth0"}, closed).status, 0);
+    return fake::eventsOf({"descriptor"});
+}
+
+TEST_F(Start, KeepsTheStandardDescriptorsItHas) {
+    const fake::Events found = descriptorsOfARun({});
+    ASSERT_EQ(found.size(), 4u);
+    EXPECT_EQ(found[0], "descriptor " + fileBehind(0));
+    EXPECT_EQ(found[1], "descriptor " + fileBehind(1));
+    EXPECT_NE(found[2], "descriptor null");
+    EXPECT_EQ(found[3], "descriptor socket beyond");
+}
+
+TEST_F(Start, PutsNothingOfItsOwnInPlaceOfOneItHasNot) {
+    for (const std::vector<int>& closed : {std::vector<int>{0}, {1}, {2}, {0, 2}, {0, 1, 2}}) {
+        SCOPED_TRACE(testing::PrintToString(closed));
+        const fake::Events found = descriptorsOfARun(closed);
+        ASSERT_EQ(found.size(), 4u);
+        for (const int descriptor : closed) {
+            EXPECT_EQ(found[static_cast<std::size_t>(descriptor)], "descriptor null") << descriptor;
+        }
+        EXPECT_EQ(found[3], "descriptor socket beyond");
+    }
 }
 
 std::string dispositionOf(int number) {

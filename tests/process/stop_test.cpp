@@ -248,15 +248,37 @@ TEST_F(NtpWait, IsWaitedToItsEndBeforeAStop) {
     EXPECT_THAT(interruptedBy(SIGTERM), ElementsAre("sleep", "sleep", "unlink"));
 }
 
-TEST_F(Signals, AreNeitherBlockedNorIgnoredInCommandsNorIsTheSocketInherited) {
-    fake::beforeWait(
-        [] { g_nDeviceNameReset = g_nAuthReset = g_nWifiReset = g_nNetworkReset = g_nFactoryReset = g_nReboot = 1; });
-    fake::deliver(discovery());
-    EXPECT_EQ(runDaemon().status, 0);
-    EXPECT_EQ(fake::commands().size(), 13u);
+// A run with a good dozen of commands.
+class Commands : public Stop {
+protected:
+    static void runAll() {
+        fake::beforeWait([] {
+            g_nDeviceNameReset = g_nAuthReset = g_nWifiReset = g_nNetworkReset = g_nFactoryReset = g_nReboot = 1;
+        });
+        fake::deliver(discovery());
+        EXPECT_EQ(runDaemon().status, 0);
+        EXPECT_EQ(fake::commands().size(), 13u);
+    }
+};
+
+TEST_F(Commands, StartWithNoSignalBlockedOrIgnored) {
+    runAll();
     EXPECT_EQ(fake::commandsWithBlockedSignals(), 0);
     EXPECT_EQ(fake::commandsWithIgnoredSignals(), 0);
-    EXPECT_EQ(fake::commandsWithInheritedSockets(), 0);
+}
+
+// Not even for the process that waits for the command, which close-on-exec does not reach.
+TEST_F(Commands, StartWithoutTheDaemonsDescriptors) {
+    runAll();
+    EXPECT_EQ(fake::commandsWithOpenDescriptors(), 0);
+    EXPECT_THAT(fake::eventsOf({"close_range"}),
+                testing::AllOf(testing::SizeIs(13), testing::Each("close_range 3 4294967295 0")));
+}
+
+TEST_F(Commands, StartWithoutThemOnAKernelThatClosesOneByOne) {
+    fake::failCall("close_range", 1, ENOSYS);
+    runAll();
+    EXPECT_EQ(fake::commandsWithOpenDescriptors(), 0);
 }
 
 TEST_F(Signals, UserOneIsIgnoredAfterAnAdministratorChange) {

@@ -58,10 +58,10 @@ TEST_F(Install, ConfigurationIsDecodedThenUnpacked) {
 
 const fake::Events kWholeUpgrade = {
     "VerifyFWCode 16",
-    "system /etc/init.d/stop_daemon_when_fwup.sh 2>/dev/null 1>/dev/null",
+    "execv /bin/sh sh -c /etc/init.d/stop_daemon_when_fwup.sh 2>/dev/null 1>/dev/null",
     "sleep 1",
-    "system /usr/sbin/twinkling 2>/dev/null 1>/dev/null&",
-    "system /usr/sbin/userconfig -backup /mnt/flash/config/restore.ini 2>/dev/null 1>/dev/null",
+    "execv /bin/sh sh -c /usr/sbin/twinkling 2>/dev/null 1>/dev/null&",
+    "execv /bin/sh sh -c /usr/sbin/userconfig -backup /mnt/flash/config/restore.ini 2>/dev/null 1>/dev/null",
     "UpgradeFWCode 16",
 };
 

@@ -22,7 +22,7 @@ int start(DownThreadState& state, Kind kind) {
 
 fake::Events effects() {
     return fake::eventsOf({"gethostbyname", "connect", "cfgAesDecode", "unpackCFG", "VerifyFWCode", "UpgradeFWCode",
-                           "SIWriteInt", "system", "sleep", "usleep", "nanosleep"});
+                           "SIWriteInt", "system", "execv", "sleep", "usleep", "nanosleep"});
 }
 
 void Fresh::SetUp() {
@@ -39,6 +39,8 @@ void Fresh::TearDown() {
 void WorkerTest::TearDown() {
     std::free(state.data);
     EXPECT_EQ(fake::commandsWithBlockedSignals(), 0);
+    EXPECT_EQ(fake::commandsWithIgnoredSignals(), 0);
+    EXPECT_EQ(fake::commandsWithOpenDescriptors(), 0);
     Fresh::TearDown();
 }
 

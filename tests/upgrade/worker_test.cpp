@@ -17,18 +17,18 @@ using testing::IsEmpty;
 const fake::Events kInstallConfiguration = {
     "cfgAesDecode 9",
     "unpackCFG 9",
-    "system /var/reboot -d 5 2>/dev/null 1>/dev/null&",
+    "execv /bin/sh sh -c /var/reboot -d 5 2>/dev/null 1>/dev/null&",
 };
 
 const fake::Events kInstallFirmware = {
     "VerifyFWCode 9",
-    "system /etc/init.d/stop_daemon_when_fwup.sh 2>/dev/null 1>/dev/null",
+    "execv /bin/sh sh -c /etc/init.d/stop_daemon_when_fwup.sh 2>/dev/null 1>/dev/null",
     "sleep 1",
-    "system /usr/sbin/twinkling 2>/dev/null 1>/dev/null&",
-    "system /usr/sbin/userconfig -backup /mnt/flash/config/restore.ini 2>/dev/null 1>/dev/null",
+    "execv /bin/sh sh -c /usr/sbin/twinkling 2>/dev/null 1>/dev/null&",
+    "execv /bin/sh sh -c /usr/sbin/userconfig -backup /mnt/flash/config/restore.ini 2>/dev/null 1>/dev/null",
     "UpgradeFWCode 9",
     "SIWriteInt 4 2",
-    "system /var/reboot -d 5 2>/dev/null 1>/dev/null&",
+    "execv /bin/sh sh -c /var/reboot -d 5 2>/dev/null 1>/dev/null&",
 };
 
 fake::Events successOf(Kind kind, const std::string& host, const std::string& port) {
@@ -260,7 +260,7 @@ TEST_F(WorkerTest, StatusAndSlotChangeInOrder) {
         Kind kind;
         std::string reply, event, seen;
     };
-    const std::string reboot = "system /var/reboot";
+    const std::string reboot = "execv /bin/sh sh -c /var/reboot";
     const Row rows[] = {
         {Kind::Configuration, goodReply(""), "unpackCFG", "status 1 busy 1"},
         {Kind::Configuration, goodReply(""), reboot, "status 0 busy 1"},
