@@ -202,7 +202,8 @@ int __wrap_pselect(int count, fd_set* readable, fd_set* writable, fd_set* except
     if (readable == nullptr || mask == nullptr) std::abort();
     Step& step = nextStep();
     if (step.before != nullptr) std::exchange(step.before, nullptr)();
-    if (signalIsDue(*mask)) return interrupt(*mask);  // the step comes with the wait after this one
+    // As the kernel has it: nothing is delivered by a wait that finds its descriptor ready at once.
+    if (!step.ready && signalIsDue(*mask)) return interrupt(*mask);  // the step comes with the wait after this one
     const Step taken = std::move(step);
     g_script.steps.pop_front();
     return take(taken, readable, *mask);

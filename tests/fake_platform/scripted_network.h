@@ -34,7 +34,7 @@ void wakeForNothing();
 void failReceive(int error);
 
 // Runs just before the next wait opens, in the daemon's process: a signal that it raises is pending when the wait
-// starts.
+// starts, and stays so when the wait returns with a datagram.
 void beforeWait(std::function<void()> action);
 
 // Forgets what is left of the script, of armed failures and of onEvent: what a child process did of it, it did in its

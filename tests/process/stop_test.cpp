@@ -1,5 +1,6 @@
 // Signals while the daemon runs, and its orderly end.
 #include <errno.h>
+#include <fcntl.h>
 #include <signal.h>
 #include <unistd.h>
 
@@ -64,10 +65,19 @@ TEST_F(Stop, ReleasesEverythingInOrder) {
 
 TEST_F(Stop, IsNotLostWhenItComesJustBeforeTheWait) {
     fake::beforeWait([] { raise(SIGTERM); });
-    fake::deliver(discovery());
+    fake::wakeForNothing();
     const DaemonRun run = runDaemon();
     EXPECT_EQ(run.status, 0);
     EXPECT_THAT(fake::eventsOf({"wait", "recvfrom"}), ElementsAre("wait"));
+}
+
+TEST_F(Stop, IsNotHeldUpByDatagramsThatAreThereBeforeEveryWait) {
+    fake::beforeWait([] { raise(SIGTERM); });
+    for (int datagram = 0; datagram < 3; ++datagram) fake::deliver(discovery());
+    const DaemonRun run = runDaemon();
+    EXPECT_EQ(run.status, 0);
+    EXPECT_THAT(fake::eventsOf({"wait", "recvfrom"}), ElementsAre("wait", "recvfrom 1024"));
+    EXPECT_EQ(fake::sentTo("192.168.0.100:5000").size(), 1u);
 }
 
 TEST_F(Stop, DuringACommandComesOnceItsReplyHasLeft) {
@@ -290,6 +300,36 @@ TEST_F(Signals, UserOneIsIgnoredAfterAnAdministratorChange) {
     EXPECT_EQ(run.status, 0);
     EXPECT_THAT(run.serviceTrace(), testing::Not(Contains(signalLine(SIGUSR1))));
     EXPECT_THAT(run.serviceTrace(), Contains(signalLine(SIGTERM)));
+}
+
+// Standard error on a device that is always full, for as long as an object of this kind lives: a trace fails, and says
+// so in errno.
+class FullStderr {
+public:
+    FullStderr() : original_(dup(STDERR_FILENO)) {
+        const int full = open("/dev/full", O_WRONLY);
+        if (full < 0 || original_ < 0 || dup2(full, STDERR_FILENO) < 0) std::abort();
+        close(full);
+    }
+    ~FullStderr() {
+        dup2(original_, STDERR_FILENO);
+        close(original_);
+    }
+    FullStderr(const FullStderr&) = delete;
+    FullStderr& operator=(const FullStderr&) = delete;
+
+private:
+    int original_;
+};
+
+TEST(SignalHandler, LeavesErrnoToWhatItInterrupts) {
+    for (const int number : {SIGQUIT, SIGTERM}) {
+        const FullStderr full;
+        errno = EDOM;
+        signal_handler(number);
+        EXPECT_EQ(errno, EDOM) << number;
+    }
+    g_nStopRunning = 0;
 }
 
 TEST(SignalHandler, WouldTakeAHangUpForAStop) {

@@ -136,6 +136,23 @@ TEST_F(DeferredActions, RebootTwiceAfterAFactoryResetAndAReboot) {
                 ElementsAre("/etc/init.d/userconfig reset 1>/dev/null 2>/dev/null", kReboot, kReboot));
 }
 
+// The other flags are cleared once their last command has run.
+TEST_F(DeferredActions, OfAFactoryResetAreDoneBeforeItsReboot) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"system /etc/init.d/userconfig", "flags 1 1"},
+        {"system /var/reboot", "flags 0 1"},
+    };
+    for (const auto& [command, flags] : rows) {
+        fake::clearEvents();
+        g_nFactoryReset = g_nReboot = 1;
+        fake::onEvent(command, [] {
+            fake::record("flags " + std::to_string(g_nFactoryReset) + " " + std::to_string(g_nReboot));
+        });
+        run();
+        EXPECT_EQ(fake::eventsOf({"flags"}).front(), flags) << command;
+    }
+}
+
 TEST_F(DeferredActions, FillTheSiteListAfresh) {
     fake::camera().siteList = "Ch  SSID\n6   net\n";
     g_nInitSiteSurvey = 1;

@@ -1,5 +1,6 @@
 #include "service/presence_report.h"
 
+#include <errno.h>
 #include <signal.h>
 
 #include <regex>
@@ -185,6 +186,19 @@ TEST_F(PresenceReport, GoesOnWhenASendFails) {
     const std::vector<fake::Sent> sent = fake::sent();
     ASSERT_EQ(sent.size(), 2u);
     EXPECT_EQ(sequenceOf(sent[1].bytes), (sequenceOf(sent[0].bytes) + 1) % 65536);
+}
+
+TEST_F(PresenceReport, LeavesErrnoToWhatItInterrupts) {
+    Bytes buffer(1024);
+    g_pGeneralReportBuffer = buffer.data();
+    g_nSocket = 1000;
+    fake::scriptNetwork();
+    fake::failCall("sendto", 1, ENETDOWN);
+    const CapturedStderr captured;
+    errno = EDOM;
+    sendPresenceReport(SIGALRM);
+    EXPECT_EQ(errno, EDOM);
+    EXPECT_EQ(fake::sent().size(), 1u);
 }
 
 TEST_F(PresenceReport, TimerFiresEveryThirtySecondsUntilDisarmed) {
