@@ -8,6 +8,7 @@
 
 #include "fake_platform.h"
 #include "parts.h"
+#include "upgrade/download_state.h"
 #include "upgrade/download_url.h"
 
 namespace worker {
@@ -89,7 +90,8 @@ int __wrap_pthread_create(pthread_t* out, const pthread_attr_t* attributes, void
     int detached = PTHREAD_CREATE_JOINABLE;
     if (attributes != nullptr) pthread_attr_getdetachstate(attributes, &detached);
     if (fake::callFails("pthread_create")) return errno;
-    g_made.push_back({detached == PTHREAD_CREATE_DETACHED, openSignals()});
+    const auto* record = static_cast<const DownThreadState*>(argument);
+    g_made.push_back({detached == PTHREAD_CREATE_DETACHED, openSignals(), record->stop_request});
     return __real_pthread_create(out, attributes, runWork, new Work{run, argument, g_beforeWork});
 }
 

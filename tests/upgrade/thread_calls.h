@@ -6,6 +6,7 @@
 
 #include <pthread.h>
 
+#include <cstdint>
 #include <functional>
 #include <vector>
 
@@ -15,6 +16,7 @@ namespace worker {
 struct ThreadMade {
     bool detached;
     std::vector<int> openSignals;  // that its creator left open, and so the thread has open
+    std::uint8_t stopRequest;      // of its record
 };
 
 std::vector<ThreadMade> threadsMade();

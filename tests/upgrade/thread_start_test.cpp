@@ -105,6 +105,7 @@ TEST_F(ThreadStart, ClearsAnOldStopRequest) {
         setUrl(state, "nothing");
         stop_download_file(&state);
         run(kind);
+        EXPECT_EQ(threadsMade().back().stopRequest, 0);
         EXPECT_EQ(state.stop_request, 0);
         EXPECT_EQ(status(), 2);
     }
