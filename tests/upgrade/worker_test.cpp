@@ -246,9 +246,11 @@ TEST_F(WorkerTest, StoppedBeforeItsFirstStep) {
         fake::clearEvents();
         setUrl(state, "HTTPS://Camera/http://x");
         beforeWork([this] { stop_download_file(&state); });
+        fake::onEvent("SIWriteInt 4 3", [this] { fake::record("busy " + std::to_string(busy())); });
         run(kind);
         EXPECT_EQ(status(), kind == Kind::Configuration ? 2 : 1);
         EXPECT_EQ(effects(), failureOf(kind));
+        EXPECT_THAT(fake::eventsOf({"busy"}), testing::Each("busy 1"));
         EXPECT_STREQ(state.url, "HTTPS://Camera/http://x");
         EXPECT_EQ(state.stop_request, 1);
     }
