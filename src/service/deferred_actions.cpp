@@ -1,6 +1,7 @@
 #include "service/deferred_actions.h"
 
 #include <signal.h>
+#include <stdint.h>
 #include <string.h>
 
 #include "camera/pending_actions.h"

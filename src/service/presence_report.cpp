@@ -3,16 +3,21 @@
 #include <arpa/inet.h>
 #include <errno.h>
 #include <netinet/in.h>
+#include <stddef.h>
+#include <string.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 
 #include "camera/device.h"
+#include "camera/settings.h"
 #include "platform.h"
 #include "protocol/opcodes.h"
+#include "protocol/packet_header.h"
 #include "protocol/presence_report.h"
 #include "service/service_state.h"
 #include "system/signal_window.h"
 #include "util/command.h"
+#include "util/packet.h"
 #include "util/reply_fields.h"
 
 static constexpr int kIntervalSeconds = 30;

@@ -1,6 +1,10 @@
 // The daemon: start-up, the receive loop, orderly shutdown.
+#include <arpa/inet.h>
 #include <net/if.h>
 #include <netinet/in.h>
+#include <signal.h>
+#include <stddef.h>
+#include <stdint.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/select.h>

@@ -3,16 +3,19 @@
 #include <arpa/inet.h>
 #include <errno.h>
 #include <netinet/in.h>
+#include <stddef.h>
 #include <string.h>
 #include <sys/select.h>
 #include <sys/socket.h>
 
 #include "protocol/opcodes.h"
+#include "protocol/packet_header.h"
 #include "service/deferred_actions.h"
 #include "service/dispatch.h"
 #include "service/service_state.h"
 #include "system/signal_window.h"
 #include "system/trace.h"
+#include "util/command.h"
 #include "util/packet.h"
 
 static constexpr int kCapacity = kDatagramSize;

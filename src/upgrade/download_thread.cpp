@@ -1,7 +1,8 @@
 #include "upgrade/download_thread.h"
 
+#include <pthread.h>
 #include <signal.h>
-#include <string.h>
+#include <stdint.h>
 
 #include "platform.h"
 #include "system/shell.h"

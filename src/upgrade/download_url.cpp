@@ -1,5 +1,6 @@
 #include "upgrade/download_url.h"
 
+#include <stddef.h>
 #include <stdlib.h>
 #include <string.h>
 

@@ -1,5 +1,8 @@
 #include "upgrade/upgrade_function.h"
 
+#include <stdint.h>
+
+#include "protocol/packet_header.h"
 #include "protocol/upgrade.h"
 #include "util/command.h"
 #include "util/packet.h"

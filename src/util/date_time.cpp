@@ -1,6 +1,8 @@
 #include "util/date_time.h"
 
 #include <errno.h>
+#include <stddef.h>
+#include <stdint.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
