@@ -11,6 +11,7 @@
 
 #include "system/signal_window.h"
 
+static constexpr int kFirstDescriptor = STDERR_FILENO + 1;
 static constexpr int kMostDescriptors = FD_SETSIZE;
 
 static void ignoreSignal(int) {}
@@ -25,10 +26,10 @@ static void forgetSignals() {
     sigprocmask(SIG_SETMASK, originalSignalMask(), nullptr);
 }
 
-// False where the headers or the kernel do not know the call. C libraries have had no wrapper for it for long.
-static bool closeRange(unsigned first, unsigned last) {
+// False where the headers or the kernel do not know the call, for which not every C library has a function.
+static bool closeAtOnce() {
 #ifdef SYS_close_range
-    return syscall(SYS_close_range, first, last, 0u) == 0;
+    return syscall(SYS_close_range, kFirstDescriptor, UINT_MAX, 0) == 0;
 #else
     return false;
 #endif
@@ -36,8 +37,8 @@ static bool closeRange(unsigned first, unsigned last) {
 
 // So that the port is free, and a lock of the other thread's too, when the daemon dies during a command.
 static void closeDescriptors() {
-    if (closeRange(STDERR_FILENO + 1, UINT_MAX)) return;
-    for (int descriptor = STDERR_FILENO + 1; descriptor < kMostDescriptors; descriptor++) close(descriptor);
+    if (closeAtOnce()) return;
+    for (int descriptor = kFirstDescriptor; descriptor < kMostDescriptors; descriptor++) close(descriptor);
 }
 
 // The runner is a process of its own because system() has its caller ignore SIGINT while the command runs: a stop sent
