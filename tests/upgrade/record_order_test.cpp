@@ -5,6 +5,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstddef>
 #include <cstdlib>
 #include <new>
@@ -26,17 +27,17 @@ struct Seen {
     int status, busy;
 };
 
-// What the fault's handler needs; between the end of one test and the start of the next it belongs to nobody.
+// What the fault's handler needs and leaves.
 struct Watch {
     char* pages;
     std::size_t pageSize;
     DownThreadState* state;
     int stopAtWrite;  // counted from 1; 0: never
-    int writes;
-    Seen seen[32];  // in front of each write
+    Seen seen[32];    // in front of each write
 };
 
 Watch g_watch;
+std::atomic<int> g_writes;  // hands the rest over, from the run to the test
 
 void protect(bool second, int protection) {
     if (mprotect(g_watch.pages + (second ? g_watch.pageSize : 0), g_watch.pageSize, protection) != 0) _exit(1);
@@ -52,15 +53,17 @@ void letFaultsThrough() {
 
 void noteWrite(int, siginfo_t* info, void*) {
     const auto at = reinterpret_cast<std::size_t>(info->si_addr) - reinterpret_cast<std::size_t>(g_watch.pages);
-    if (at >= 2 * g_watch.pageSize || g_watch.writes == 32) _exit(2);  // a fault of another kind
-    g_watch.seen[g_watch.writes++] = {g_watch.state->status, g_watch.state->busy};
-    if (g_watch.writes == g_watch.stopAtWrite) {
+    const int before = g_writes.load();
+    if (at >= 2 * g_watch.pageSize || before == 32) _exit(2);  // a fault of another kind
+    g_watch.seen[before] = {g_watch.state->status, g_watch.state->busy};
+    if (before + 1 == g_watch.stopAtWrite) {
         protect(false, PROT_READ | PROT_WRITE);
         g_watch.state->stop_request = 1;
     }
     const bool second = at >= g_watch.pageSize;
     protect(!second, PROT_READ);
     protect(second, PROT_READ | PROT_WRITE);
+    g_writes.store(before + 1);
 }
 
 class RecordOrder : public Fresh {
@@ -71,7 +74,8 @@ protected:
         void* pages = mmap(nullptr, 2 * size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
         if (pages == MAP_FAILED) std::abort();
         char* border = static_cast<char*>(pages) + size;
-        g_watch = {static_cast<char*>(pages), size, new (border - kBeforeTheBorder) DownThreadState{}, 0, 0, {}};
+        g_watch = {static_cast<char*>(pages), size, new (border - kBeforeTheBorder) DownThreadState{}, 0, {}};
+        g_writes.store(0);
         struct sigaction action = {};
         action.sa_sigaction = noteWrite;
         action.sa_flags = SA_SIGINFO;
@@ -88,9 +92,9 @@ protected:
     static std::string run(Kind kind, bool stopped, int stopAtWrite, const std::string& url) {
         DownThreadState& state = *g_watch.state;
         setUrl(state, url);
-        beforeWork([stopped, stopAtWrite, &state] {
+        g_watch.stopAtWrite = stopAtWrite;
+        beforeWork([stopped, &state] {
             state.stop_request = stopped ? 1 : 0;
-            g_watch.stopAtWrite = stopAtWrite;
             letFaultsThrough();
             protect(false, PROT_READ);
             protect(true, PROT_READ);
@@ -98,7 +102,8 @@ protected:
         EXPECT_EQ(start(state, kind), 0);
         EXPECT_TRUE(waitUntil([] { return threadsEnded() == 1; }));
         std::string values, last;
-        for (int write = 0; write < g_watch.writes; ++write) append(values, last, g_watch.seen[write]);
+        const int writes = g_writes.load();
+        for (int write = 0; write < writes; ++write) append(values, last, g_watch.seen[write]);
         append(values, last, {get_download_file_status(&state), loadShared(state.busy)});
         return values;
     }
