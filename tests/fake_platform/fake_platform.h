@@ -52,6 +52,7 @@ void reset();
 
 // --- Configuration store. A key of an unknown name, or seeded with the wrong type, ends the test program. ---
 
+// A text of 256 bytes, the most there may be, is handed over without its NUL.
 void setText(const std::string& section, const std::string& key, const std::string& value);
 void setNumber(const std::string& section, const std::string& key, std::int32_t value);
 void setNumber16(const std::string& section, const std::string& key, std::uint16_t value);

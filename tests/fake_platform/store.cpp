@@ -14,6 +14,8 @@
 namespace fake {
 namespace {
 
+constexpr std::size_t kTextSize = 256;
+
 using Value = std::variant<std::string, std::int32_t, std::uint16_t, std::uint8_t>;
 
 struct Store {
@@ -45,7 +47,7 @@ std::optional<Wanted> stored(const std::string& section, const std::string& key)
 std::size_t targetSize(KeyType type) {
     switch (type) {
         case KeyType::Text:
-            return 256;
+            return kTextSize;
         case KeyType::Number:
             return 4;
         case KeyType::Number16:
@@ -76,7 +78,7 @@ void noteUnclearedText(const std::string& section, const std::string& key, const
 
 void copyOut(const Value& value, void* target) {
     if (const auto* text = std::get_if<std::string>(&value)) {
-        std::memcpy(target, text->c_str(), text->size() + 1);
+        std::memcpy(target, text->c_str(), std::min(text->size() + 1, kTextSize));
     } else {
         std::visit(
             [target](const auto& number) {
@@ -132,7 +134,7 @@ ListNode* newList(const std::vector<std::string>& names) {
 void resetStore() { g_store = {}; }
 
 void setText(const std::string& section, const std::string& key, const std::string& value) {
-    if (value.size() > 255) refuseSeed(section, key);
+    if (value.size() > kTextSize) refuseSeed(section, key);
     seed(section, key, KeyType::Text, value);
 }
 

@@ -85,8 +85,8 @@ const CommandRow& command(const Family& family, const std::string& name) {
     std::abort();
 }
 
-std::ostream& operator<<(std::ostream& out, const CommandRow& row) { return out << row.handlerName(); }
+void PrintTo(const CommandRow& row, std::ostream* out) { *out << row.handlerName(); }
 
-std::ostream& operator<<(std::ostream& out, const Family& family) { return out << family.name; }
+void PrintTo(const Family* family, std::ostream* out) { *out << family->name; }
 
 }  // namespace unit

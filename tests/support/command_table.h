@@ -34,8 +34,9 @@ struct CommandRow {
     std::string handlerName() const { return family->handlerPrefix + name; }
 };
 
-std::ostream& operator<<(std::ostream& out, const CommandRow& row);
-std::ostream& operator<<(std::ostream& out, const Family& family);
+// How parameters stand in the list of tests and in failures.
+void PrintTo(const CommandRow& row, std::ostream* out);
+void PrintTo(const Family* family, std::ostream* out);
 
 const std::vector<CommandRow>& allCommands();
 

@@ -1,11 +1,9 @@
 #include "support/handler_test.h"
 
-#include <signal.h>
-
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <regex>
-#include <utility>
 
 #include "camera/pending_actions.h"
 #include "handlers/qvp_function.h"

@@ -100,6 +100,7 @@ testing::AssertionResult changes(const CommandRow& row, int code, const Packet& 
         return testing::AssertionFailure() << "wrong flags";
     }
     if (!good && !fake::writes().empty()) return testing::AssertionFailure() << "something is written";
+    if (const testing::AssertionResult traced = traces(row, 1, outcome); !traced) return traced;
     return replies(good ? changeAccepted(row) : changeRefused(row, static_cast<std::uint8_t>(code)), outcome);
 }
 

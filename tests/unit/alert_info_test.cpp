@@ -1,3 +1,4 @@
+// Alert information: an answer with nothing in it.
 #include "support/handler_test.h"
 
 namespace unit {

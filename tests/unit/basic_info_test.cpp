@@ -1,3 +1,4 @@
+// Set-up in one request: camera name, web server port, IPv4 addressing.
 #include "support/handler_test.h"
 
 namespace unit {
@@ -23,7 +24,9 @@ protected:
     Outcome send(const Packet& packet) const { return call(row().handler, packet.bytes()); }
 
     void expectRefused(const Packet& packet, std::uint8_t code, const std::string& what) const {
-        EXPECT_TRUE(replies(refused(code), send(packet))) << what;
+        const Outcome outcome = send(packet);
+        EXPECT_TRUE(replies(refused(code), outcome)) << what;
+        EXPECT_TRUE(traces(row(), 1, outcome)) << what;
         EXPECT_THAT(fake::writes(), IsEmpty()) << what;
         EXPECT_THAT(raisedFlags(), IsEmpty()) << what;
     }

@@ -1,3 +1,4 @@
+// The administrator's name and password, as a request carries them and as the store holds them.
 #include "util/credentials.h"
 
 #include "support/handler_test.h"

@@ -5,6 +5,7 @@
 #include <signal.h>
 
 #include <cstdlib>
+#include <cstring>
 
 #include "support/captured_stderr.h"
 #include "support/handler_test.h"
@@ -194,6 +195,25 @@ TEST_F(DateTime, SurvivesRulesOfAnyLengthAndSize) {
     apply("");
 }
 
+// 15 bytes of the offset count, 31 of each date: what stands behind is not read.
+TEST_F(DateTime, CutsTheTextsOfARule) {
+    const std::string date = "M3.5.0/2:0:0", numbers = "3,5,0,2,0,3,5,0,2,0";
+    const std::pair<std::string, std::string> offsets[] = {
+        {"+01:00000000030", "90"}, {"+01:000000000030", "63"}, {"-01:0000000000030", "-60"}};
+    for (const auto& [offset, minutes] : offsets) {
+        setRule(offset, date, date);
+        EXPECT_THAT(apply(""), ElementsAre("set_timezone 0 5 2 " + minutes + "," + numbers, kNotice)) << offset;
+    }
+    const std::string longest = "M3.5.0/2:0:" + std::string(19, ' ') + "7";
+    const std::string tooLong = "M3.5.0/2:0:" + std::string(20, ' ') + "7";
+    setRule("+01:00", longest, longest);
+    EXPECT_THAT(apply(""), ElementsAre("set_timezone 0 5 2 60," + numbers, kNotice));
+    setRule("+01:00", tooLong, date);
+    EXPECT_THAT(apply(""), IsEmpty());
+    setRule("+01:00", date, tooLong);
+    EXPECT_THAT(apply(""), IsEmpty());
+}
+
 TEST_F(DateTime, IgnoresAZoneThatCannotBeSet) {
     fake::failCall("set_timezone", 1, EACCES);
     EXPECT_THAT(apply(""), ElementsAre("set_timezone 0 5 0 null", kNotice));
@@ -224,6 +244,20 @@ TEST_F(SetClock, ReadsTheFieldsByPosition) {
     };
     for (const auto& [text, seconds] : rows) {
         EXPECT_THAT(set(text, 0), ElementsAre(std::string("clock_settime ") + seconds, kRtc, kNotice)) << text;
+    }
+}
+
+// A buffer may still hold the rest of an earlier, longer text.
+TEST_F(SetClock, TakesNoughtForWhatTheTextDoesNotReach) {
+    const std::pair<std::string, const char*> rows[] = {
+        {"2024/06/15", "1718409600"},
+        {"2024/06/15 1", "1718413200"},
+        {"2024/06/15 12:34:5", "1718454845"},
+    };
+    for (const auto& [text, seconds] : rows) {
+        char buffer[256] = "9999999999999999999";
+        std::memcpy(buffer, text.c_str(), text.size() + 1);
+        EXPECT_THAT(set(buffer, 0), ElementsAre(std::string("clock_settime ") + seconds, kRtc, kNotice)) << text;
     }
 }
 

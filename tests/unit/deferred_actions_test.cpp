@@ -1,7 +1,9 @@
+// What runs once a reply has left: which commands each flag stands for, and in which order.
 #include "service/deferred_actions.h"
 
 #include <signal.h>
 
+#include <cstdio>
 #include <vector>
 
 #include "camera/pending_actions.h"

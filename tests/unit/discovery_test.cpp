@@ -1,3 +1,5 @@
+// Discovery: who the camera is and how it is reached; and where that comes from, the start of each family.
+#include <algorithm>
 #include <cstdlib>
 
 #include "camera/device.h"
@@ -196,35 +198,48 @@ TEST_P(Discovery, AnswersABroadcastWithItsOwnMac) {
 
 INSTANTIATE_TEST_SUITE_P(Families, Discovery, bothFamilies(), familyName);
 
-class FamilyInit : public HandlerTest, public testing::WithParamInterface<int (*)(const char*)> {};
+class FamilyInit : public BothFamilies {
+protected:
+    static int init(const char* interface) {
+        return GetParam() == &primaryFamily() ? qvp_function_init(interface) : landap_function_init(interface);
+    }
+};
 
 TEST_P(FamilyInit, RefusesANullName) {
-    EXPECT_EQ(GetParam()(nullptr), -1);
+    EXPECT_EQ(init(nullptr), -1);
     EXPECT_STREQ(g_szInterfaceName, "eth0");
 }
 
 TEST_P(FamilyInit, FixesInterfaceAndMac) {
     fake::camera().interfaces["wlan0"].mac = fake::Mac{1, 2, 3, 4, 5, 6};
-    EXPECT_EQ(GetParam()("wlan0"), 0);
+    EXPECT_EQ(init("wlan0"), 0);
     EXPECT_STREQ(g_szInterfaceName, "wlan0");
     EXPECT_THAT(g_uDeviceMac, ElementsAre(1, 2, 3, 4, 5, 6));
     EXPECT_THAT(fake::events(), ElementsAre("net_get_hwaddr wlan0"));
 }
 
 TEST_P(FamilyInit, LeavesTheMacOfAnUnknownInterfaceZero) {
-    EXPECT_EQ(GetParam()("none0"), 0);
+    EXPECT_EQ(init("none0"), 0);
     EXPECT_THAT(g_uDeviceMac, ElementsAre(0, 0, 0, 0, 0, 0));
 }
 
-TEST_P(FamilyInit, KeepsALongNameWithinItsBuffer) {
-    EXPECT_EQ(GetParam()(std::string(300, 'n').c_str()), 0);
-    EXPECT_EQ(std::string(g_szInterfaceName, 63), std::string(63, 'n'));
-    EXPECT_EQ(GetParam()("eth0"), 0);
+TEST_P(FamilyInit, CutsALongNameAt63Bytes) {
+    for (const std::size_t length : {62, 63, 64, 65, 300}) {
+        const std::string kept(std::min<std::size_t>(length, 63), 'n');
+        fake::clearEvents();
+        EXPECT_EQ(init(std::string(length, 'n').c_str()), 0);
+        EXPECT_EQ(std::string(g_szInterfaceName, 64), kept + std::string(64 - kept.size(), '\0')) << length;
+        EXPECT_THAT(fake::events(), ElementsAre("net_get_hwaddr " + kept));
+    }
+}
+
+TEST_P(FamilyInit, LeavesNothingOfALongerName) {
+    EXPECT_EQ(init(std::string(63, 'n').c_str()), 0);
+    EXPECT_EQ(init("eth0"), 0);
     EXPECT_EQ(std::string(g_szInterfaceName, 64), std::string("eth0") + std::string(60, '\0'));
 }
 
-INSTANTIATE_TEST_SUITE_P(Families, FamilyInit, testing::Values(&qvp_function_init, &landap_function_init),
-                         [](const auto& test) { return test.index == 0 ? "primary" : "landap"; });
+INSTANTIATE_TEST_SUITE_P(Families, FamilyInit, bothFamilies(), familyName);
 
 }  // namespace
 }  // namespace unit

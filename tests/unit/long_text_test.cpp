@@ -1,4 +1,7 @@
 // Texts of a request: those that end with their field, and those that may run past it.
+#include <algorithm>
+#include <cstring>
+
 #include "support/packet.h"
 #include "util/packet.h"
 
@@ -13,9 +16,9 @@ TEST(ShortText, EndsAtItsNulOrItsFieldsEnd) {
     };
     for (const auto& [field, expected] : rows) {
         std::uint8_t given[8];
-        memcpy(given, field.data(), sizeof given);
+        std::memcpy(given, field.data(), sizeof given);
         char text[12];
-        memset(text, 0x55, sizeof text);
+        std::memset(text, 0x55, sizeof text);
         takeText(text, given);
         EXPECT_EQ(std::string(text, sizeof text), expected + std::string(sizeof text - expected.size(), '\0'));
     }
@@ -23,7 +26,7 @@ TEST(ShortText, EndsAtItsNulOrItsFieldsEnd) {
 
 std::string taken(const Bytes& datagram, std::size_t from) {
     char text[256];
-    memset(text, 0x55, sizeof text);
+    std::memset(text, 0x55, sizeof text);
     takeLongText(text, datagram.data(), datagram.data() + from);
     const std::string ended(text);
     EXPECT_EQ(std::string(text + ended.size(), sizeof text - ended.size()),

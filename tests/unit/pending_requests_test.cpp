@@ -16,6 +16,8 @@ struct Request {
     bool blockable;
 };
 
+void PrintTo(const Request& request, std::ostream* out) { *out << request.family->name << " " << request.name; }
+
 class PendingRequest : public HandlerTest, public testing::WithParamInterface<Request> {
 protected:
     static const CommandRow& row() { return command(*GetParam().family, GetParam().name); }
@@ -54,7 +56,7 @@ TEST_P(PendingRequest, ThatIsBlockedTakesAnEarlierOneBack) {
     EXPECT_EQ(*GetParam().flag, GetParam().blockable ? 0 : 1);
 }
 
-TEST_P(PendingRequest, LeavesTheFlagAsItWasWithoutCredentials) {
+TEST_P(PendingRequest, WithWrongCredentialsLeavesAnEarlierOneAlone) {
     for (const std::int32_t before : {0, 1}) {
         for (const int state : {0, 1}) {
             fake::camera().slots[4] = state;

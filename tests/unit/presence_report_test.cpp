@@ -1,8 +1,11 @@
+// The report that a camera broadcasts of its own accord, and the timer behind it.
 #include "service/presence_report.h"
 
 #include <errno.h>
 #include <signal.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <regex>
 
 #include "scripted_network.h"

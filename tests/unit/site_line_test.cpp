@@ -12,7 +12,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(Family, SiteLine, bothFamilies(), familyName);
+INSTANTIATE_TEST_SUITE_P(Families, SiteLine, bothFamilies(), familyName);
 
 struct SecurityRow {
     const char* column;

@@ -1,3 +1,4 @@
+// Which commands each family says it serves, and to whom.
 #include "support/handler_test.h"
 
 namespace unit {

@@ -1,14 +1,13 @@
+// The small checks on the fields of a request.
 #include "util/validators.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
-namespace {
+#include "support/packet.h"
 
-using Bytes = std::vector<std::uint8_t>;
+namespace unit {
+namespace {
 
 TEST(CheckMacAddress, ComparesSixBytesOfTwoStringsThatHaveThem) {
     const Bytes mac{0x02, 0x00, 0x5E, 0x10, 0x20, 0x30, 0x40};
@@ -102,3 +101,4 @@ TEST(CheckAscii, TakesBytesFrom32To127) {
 }
 
 }  // namespace
+}  // namespace unit

@@ -1,6 +1,7 @@
 // The wireless settings in full: changing them.
 #include <cerrno>
-#include <functional>
+#include <iterator>
+#include <map>
 
 #include "support/wireless_rows.h"
 
@@ -32,9 +33,9 @@ protected:
     testing::AssertionResult gives(int code, const Packet& packet) const { return changes(set(), code, packet); }
 };
 
-INSTANTIATE_TEST_SUITE_P(Family, SetWifi, bothFamilies(), familyName);
+INSTANTIATE_TEST_SUITE_P(Families, SetWifi, bothFamilies(), familyName);
 
-TEST_P(SetWifi, RefusesWrongCredentialsFirst) {
+TEST_P(SetWifi, ChecksTheCredentialsBeforeAnyField) {
     const Packet packet = good().put(150, {2}).put(86, std::string("c2VjcmV1"));
     EXPECT_TRUE(replies(reply(set()).put(16, {3}), call(set().handler, packet.bytes())));
     EXPECT_THAT(workEvents(), testing::IsEmpty());
@@ -231,6 +232,13 @@ TEST_P(SetWifi, MirrorsMissingKeysAsEmpty) {
     EXPECT_EQ(fake::text("WIRELESS_REP", "WEPKey1"), "");
     EXPECT_EQ(fake::text("WIRELESS_REP", "PreSharedKey"), "");
     EXPECT_EQ(fake::writes().size(), 8U + 12U);
+}
+
+TEST_P(SetWifi, MirrorsATextThatTheStoreDoesNotEndUpTo255Bytes) {
+    fake::setFlag("WIRELESS_REP", "SameWithClient", 1);
+    fake::setText("WIRELESS", "WEPKey0", std::string(256, 'k'));
+    EXPECT_TRUE(gives(0, good()));
+    EXPECT_EQ(fake::text("WIRELESS_REP", "WEPKey0"), std::string(255, 'k'));
 }
 
 // The network's name ends at its NUL or at 255 bytes, wherever the fields behind it begin.

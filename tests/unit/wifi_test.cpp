@@ -19,7 +19,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(Family, GetWifi, bothFamilies(), familyName);
+INSTANTIATE_TEST_SUITE_P(Families, GetWifi, bothFamilies(), familyName);
 
 TEST_P(GetWifi, TellsWhatIsStored) {
     seedWireless();
@@ -45,13 +45,6 @@ TEST_P(GetWifi, TellsWhatIsStored) {
 }
 
 TEST_P(GetWifi, TellsNothingButCapabilitiesOfAnEmptyStore) { EXPECT_TRUE(replies(emptyReply(), callGet())); }
-
-TEST_P(GetWifi, RefusesWrongCredentials) {
-    seedWireless();
-    const Packet wrong = request(get()).put(22, std::string("QWRtaW4="));
-    EXPECT_TRUE(replies(reply(get()).put(16, {3}), call(get().handler, wrong.bytes())));
-    EXPECT_THAT(workEvents(), testing::IsEmpty());
-}
 
 TEST_P(GetWifi, CutsTextsToTheirFields) {
     const struct {
