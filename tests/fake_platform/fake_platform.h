@@ -75,7 +75,8 @@ int openLists();
 // --- The log ---
 //
 // An event is the function's name and its arguments: `cfgRead INFO Product`, `cfgWrite HTTP Port number 80 1`,
-// `cfgWrite CAMSYSTEM CameraName "x" 1`, `system /etc/init.d/ipv4 restart`, `clock_settime 1718454896`.
+// `cfgWrite CAMSYSTEM CameraName "x" 1`, `system /etc/init.d/ipv4 restart`, `clock_settime 1718454896`. A buffer handed
+// to Base64dec or getSiteList that is not all zero shows as `dirty` at the end.
 
 using Events = std::vector<std::string>;
 

@@ -108,7 +108,8 @@ int Base64dec(const char* text, char* out) {
             length % 4 == 0 ? 8 : 6 - static_cast<unsigned>(length % 4) * 2;  // bits of the next byte
         if (spare != 8 && bytes.size() < 255) bytes += static_cast<char>(bits >> spare & 0xFF);
     }
-    appendEvent("Base64dec " + std::string(text, length));
+    const bool cleared = std::all_of(out, out + 256, [](char byte) { return byte == 0; });
+    appendEvent("Base64dec " + std::string(text, length) + (cleared ? "" : " dirty"));
     std::memcpy(out, bytes.c_str(), bytes.size() + 1);
     return static_cast<int>(bytes.size());
 }

@@ -40,7 +40,10 @@ testing::AssertionResult replies(const Packet& expected, const Outcome& outcome)
 // No reply: -1 and an untouched buffer.
 testing::AssertionResult silent(const Outcome& outcome);
 
-// One trace line a count, each "[prefix][source][handler][Line: n]".
+// "[prefix][source][function][Line: n]", with the family's prefix and source.
+bool isTraceLine(const std::string& line, const Family& family, const std::string& function);
+
+// One trace line a count, each the handler's.
 testing::AssertionResult traces(const CommandRow& row, std::size_t count, const Outcome& outcome);
 
 // Names of the flags that are not 0, with their values: "g_nReboot=1".
@@ -64,6 +67,7 @@ protected:
 
 std::string familyName(const testing::TestParamInfo<const Family*>& info);
 
-inline auto bothFamilies() { return testing::Values(&primaryFamily(), &landapFamily()); }
+// Compiled once: a generator takes longer to compile than the tests it is for.
+decltype(testing::ValuesIn(std::vector<const Family*>())) bothFamilies();
 
 }  // namespace unit

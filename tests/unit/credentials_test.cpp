@@ -35,10 +35,13 @@ TEST_F(Credentials, ComparesTheDecodedTextsWithTheStoredOnes) {
     }
 }
 
-TEST_F(Credentials, AreReadBeforeTheyAreDecoded) {
-    EXPECT_EQ(checkAuthentication("YWRtaW4=", "c2VjcmV0"), 0);
-    EXPECT_THAT(fake::events(), ElementsAre("cfgRead USER_ADMIN Username1", "cfgRead USER_ADMIN Password1",
-                                            "Base64dec YWRtaW4", "Base64dec c2VjcmV0"));
+TEST_F(Credentials, AreAllReadThenDecodedThenCompared) {
+    for (const char* user : {"YWRtaW4", "cm9vdA"}) {
+        fake::clearEvents();
+        checkAuthentication(user, "c2VjcmV0");
+        EXPECT_THAT(fake::events(), ElementsAre("cfgRead USER_ADMIN Username1", "cfgRead USER_ADMIN Password1",
+                                                std::string("Base64dec ") + user, "Base64dec c2VjcmV0"));
+    }
 }
 
 TEST_F(Credentials, OfAStoreWithoutThemAreEmpty) {
@@ -48,6 +51,8 @@ TEST_F(Credentials, OfAStoreWithoutThemAreEmpty) {
     EXPECT_EQ(checkAuthentication("=", "!"), 0);
     EXPECT_EQ(checkAuthentication("YQ==", ""), -1);
     EXPECT_EQ(checkAuthentication("", "YQ=="), -1);
+    EXPECT_EQ(checkAuthentication(nullptr, ""), -1);
+    EXPECT_EQ(checkAuthentication("", nullptr), -1);
 }
 
 TEST_F(Credentials, AreJudgedAnewEachTime) {

@@ -10,12 +10,10 @@
 #include "support/captured_stderr.h"
 #include "support/handler_test.h"
 
+using fake::Events;
+
 namespace unit {
 namespace {
-
-using testing::ElementsAre;
-using testing::ElementsAreArray;
-using testing::IsEmpty;
 
 const std::string kRtc = "system /usr/sbin/rtcfg -w 2>/dev/null 1>/dev/null";
 const std::string kNotice = "system /usr/sbin/msger camsvr 0 ctimeupdate 0 1 2>/dev/null 1>/dev/null";
@@ -37,7 +35,7 @@ protected:
     }
 
     // Applies the settings; everything it did to the system, in order.
-    fake::Events apply(const char* text) {
+    Events apply(const char* text) {
         fake::clearEvents();
         const CapturedStderr captured;
         reset_datetime(text);
@@ -57,36 +55,36 @@ protected:
 };
 
 TEST_F(DateTime, OfANullTextIsNothing) {
-    EXPECT_THAT(apply(nullptr), IsEmpty());
-    EXPECT_THAT(fake::events(), IsEmpty());
+    EXPECT_EQ(apply(nullptr), Events{});
+    EXPECT_EQ(fake::events(), Events{});
 }
 
 TEST_F(DateTime, OfAnEmptyTextAppliesTheZoneAlone) {
-    EXPECT_THAT(apply(""), ElementsAre("set_timezone 0 5 0 null", kNotice));
+    EXPECT_EQ(apply(""), (Events{"set_timezone 0 5 0 null", kNotice}));
     EXPECT_EQ(trace_, "");
 }
 
 TEST_F(DateTime, ByHandSetsTheClockBetweenTwoNotices) {
-    EXPECT_THAT(apply("2024/06/15 12:34:56"), ElementsAre("set_timezone 0 5 0 null", kNotice, kNtpStop,
-                                                          "clock_settime 1718454896", kRtc, kNotice, kNotice));
+    EXPECT_EQ(apply("2024/06/15 12:34:56"), (Events{"set_timezone 0 5 0 null", kNotice, kNtpStop,
+                                                    "clock_settime 1718454896", kRtc, kNotice, kNotice}));
     EXPECT_EQ(trace_, "stop ntpclient\n");
 }
 
 TEST_F(DateTime, ByHandGoesOnWhenTheClockCannotBeSet) {
     fake::failCall("clock_settime", 1, EPERM);
-    EXPECT_THAT(apply("2024/06/15 12:34:56"),
-                ElementsAre("set_timezone 0 5 0 null", kNotice, kNtpStop, "clock_settime 1718454896", kNotice));
+    EXPECT_EQ(apply("2024/06/15 12:34:56"),
+              (Events{"set_timezone 0 5 0 null", kNotice, kNtpStop, "clock_settime 1718454896", kNotice}));
     fake::failCall("mktime", 1, EOVERFLOW);
-    EXPECT_THAT(apply("2024/06/15 12:34:56"), ElementsAre("set_timezone 0 5 0 null", kNotice, kNtpStop, kNotice));
+    EXPECT_EQ(apply("2024/06/15 12:34:56"), (Events{"set_timezone 0 5 0 null", kNotice, kNtpStop, kNotice}));
 }
 
 TEST_F(DateTime, ByNtpRestartsTheClientAndWaitsEightSeconds) {
     fake::setNumber("DATETIME", "Protocol", 1);
     for (const char* text : {"", "2024/06/15 12:34:56"}) {
         const std::int64_t before = fake::slept();
-        fake::Events events = apply(text);
+        Events events = apply(text);
         events.back() = events.back().substr(0, 5);
-        EXPECT_THAT(events, ElementsAre("set_timezone 0 5 0 null", kNotice, kNtpStop, kNtpState, kNtpStart, "sleep"));
+        EXPECT_EQ(events, (Events{"set_timezone 0 5 0 null", kNotice, kNtpStop, kNtpState, kNtpStart, "sleep"}));
         EXPECT_EQ(trace_, "start ntpclient\n");
         EXPECT_NEAR(static_cast<double>(fake::slept() - before), 8e9, 1e9);
     }
@@ -97,7 +95,7 @@ TEST_F(DateTime, ByNtpWaitsTheWholeTimeThroughSignals) {
     signal(SIGALRM, [](int) {});
     const std::int64_t before = fake::slept();
     fake::interruptSleep(1, SIGALRM);
-    const fake::Events events = apply("");
+    const Events events = apply("");
     EXPECT_EQ(events.size(), 7u);  // two sleeps
     EXPECT_NEAR(static_cast<double>(fake::slept() - before), 8e9, 1e9);
     signal(SIGALRM, SIG_DFL);
@@ -106,20 +104,20 @@ TEST_F(DateTime, ByNtpWaitsTheWholeTimeThroughSignals) {
 TEST_F(DateTime, FollowsNtpForProtocolOneOnly) {
     for (const std::int32_t protocol : {0, 2, -1, 257}) {
         fake::setNumber("DATETIME", "Protocol", protocol);
-        EXPECT_THAT(apply(""), ElementsAre("set_timezone 0 5 0 null", kNotice)) << protocol;
+        EXPECT_EQ(apply(""), (Events{"set_timezone 0 5 0 null", kNotice})) << protocol;
     }
 }
 
 TEST_F(DateTime, ReadsItsSettingsFirst) {
     apply("");
-    EXPECT_THAT(fake::eventsOf({"cfgRead"}), ElementsAre("cfgRead DATETIME TimeZone", "cfgRead DATETIME DayLightSaving",
-                                                         "cfgRead DATETIME Protocol"));
+    EXPECT_EQ(fake::eventsOf({"cfgRead"}),
+              (Events{"cfgRead DATETIME TimeZone", "cfgRead DATETIME DayLightSaving", "cfgRead DATETIME Protocol"}));
     fake::setFlag("DATETIME", "DayLightSaving", 1);
     apply("");
-    EXPECT_THAT(fake::eventsOf({"cfgRead"}),
-                ElementsAre("cfgRead DATETIME TimeZone", "cfgRead DATETIME DayLightSaving", "cfgRead DATETIME Protocol",
-                            "cfgRead DATETIME DstAuto", "cfgRead DATETIME Offset", "cfgRead DATETIME Starttime",
-                            "cfgRead DATETIME Stoptime"));
+    EXPECT_EQ(fake::eventsOf({"cfgRead"}),
+              (Events{"cfgRead DATETIME TimeZone", "cfgRead DATETIME DayLightSaving", "cfgRead DATETIME Protocol",
+                      "cfgRead DATETIME DstAuto", "cfgRead DATETIME Offset", "cfgRead DATETIME Starttime",
+                      "cfgRead DATETIME Stoptime"}));
 }
 
 TEST_F(DateTime, LeavesAutomaticDaylightSavingToTheZone) {
@@ -127,7 +125,7 @@ TEST_F(DateTime, LeavesAutomaticDaylightSavingToTheZone) {
     for (const std::uint8_t on : Bytes{1, 2, 255}) {
         fake::setFlag("DATETIME", "DayLightSaving", on);
         fake::setFlag("DATETIME", "DstAuto", on);
-        EXPECT_THAT(apply(""), ElementsAre("set_timezone 0 5 1 null", kNotice)) << int{on};
+        EXPECT_EQ(apply(""), (Events{"set_timezone 0 5 1 null", kNotice})) << int{on};
     }
 }
 
@@ -146,7 +144,7 @@ TEST_F(DateTime, HandsTheRuleOnAsElevenNumbers) {
     };
     for (const auto& row : rows) {
         setRule(row.offset, row.start, row.stop);
-        EXPECT_THAT(apply(""), ElementsAre(std::string("set_timezone 0 5 2 ") + row.rule, kNotice)) << row.offset;
+        EXPECT_EQ(apply(""), (Events{std::string("set_timezone 0 5 2 ") + row.rule, kNotice})) << row.offset;
     }
 }
 
@@ -180,7 +178,7 @@ TEST_F(DateTime, EndsEarlyForARuleThatCannotBeRead) {
         fake::setNumber("DATETIME", "Protocol", protocol);
         for (const auto& row : rows) {
             setRule(row.offset, row.start, row.stop);
-            EXPECT_THAT(apply("2024/06/15 12:34:56"), IsEmpty()) << row.offset << " " << row.start << " " << row.stop;
+            EXPECT_EQ(apply("2024/06/15 12:34:56"), Events{}) << row.offset << " " << row.start << " " << row.stop;
             EXPECT_EQ(trace_, "");
         }
     }
@@ -188,7 +186,7 @@ TEST_F(DateTime, EndsEarlyForARuleThatCannotBeRead) {
 
 TEST_F(DateTime, SurvivesRulesOfAnyLengthAndSize) {
     setRule(std::string(255, '9'), std::string(255, 'M'), std::string(255, '.'));
-    EXPECT_THAT(apply(""), IsEmpty());
+    EXPECT_EQ(apply(""), Events{});
     setRule("+99999999:99999999", "M3.5.0/2:0:0", "M10.5.0/3:0:0");
     EXPECT_THAT(apply(""), testing::SizeIs(2));
     setRule("-" + std::string(40, '9') + ":1", "M3.5.0/2:0:0", "M10.5.0/3:0:0");
@@ -202,32 +200,32 @@ TEST_F(DateTime, CutsTheTextsOfARule) {
         {"+01:00000000030", "90"}, {"+01:000000000030", "63"}, {"-01:0000000000030", "-60"}};
     for (const auto& [offset, minutes] : offsets) {
         setRule(offset, date, date);
-        EXPECT_THAT(apply(""), ElementsAre("set_timezone 0 5 2 " + minutes + "," + numbers, kNotice)) << offset;
+        EXPECT_EQ(apply(""), (Events{"set_timezone 0 5 2 " + minutes + "," + numbers, kNotice})) << offset;
     }
     const std::string longest = "M3.5.0/2:0:" + std::string(19, ' ') + "7";
     const std::string tooLong = "M3.5.0/2:0:" + std::string(20, ' ') + "7";
     setRule("+01:00", longest, longest);
-    EXPECT_THAT(apply(""), ElementsAre("set_timezone 0 5 2 60," + numbers, kNotice));
+    EXPECT_EQ(apply(""), (Events{"set_timezone 0 5 2 60," + numbers, kNotice}));
     setRule("+01:00", tooLong, date);
-    EXPECT_THAT(apply(""), IsEmpty());
+    EXPECT_EQ(apply(""), Events{});
     setRule("+01:00", date, tooLong);
-    EXPECT_THAT(apply(""), IsEmpty());
+    EXPECT_EQ(apply(""), Events{});
 }
 
 TEST_F(DateTime, IgnoresAZoneThatCannotBeSet) {
     fake::failCall("set_timezone", 1, EACCES);
-    EXPECT_THAT(apply(""), ElementsAre("set_timezone 0 5 0 null", kNotice));
+    EXPECT_EQ(apply(""), (Events{"set_timezone 0 5 0 null", kNotice}));
 }
 
 TEST_F(DateTime, ReadsTheTextInTheZoneJustSet) {
     fake::camera().zoneTexts = {{5, "CET-1CEST,M3.5.0,M10.5.0/3"}};
-    const fake::Events events = apply("2024/06/15 12:34:56");
+    const Events events = apply("2024/06/15 12:34:56");
     EXPECT_THAT(events, testing::Contains("clock_settime 1718447696"));  // 10:34:56 UTC
 }
 
 class SetClock : public HandlerTest {
 protected:
-    fake::Events set(const char* text, int expected) {
+    Events set(const char* text, int expected) {
         fake::clearEvents();
         EXPECT_EQ(set_current_date_time(text), expected) << text;
         return fake::events();
@@ -243,7 +241,7 @@ TEST_F(SetClock, ReadsTheFieldsByPosition) {
         {"2024/6 /5  1 :2 :3 ", "1717549323"},  // atoi stops at the blank
     };
     for (const auto& [text, seconds] : rows) {
-        EXPECT_THAT(set(text, 0), ElementsAre(std::string("clock_settime ") + seconds, kRtc, kNotice)) << text;
+        EXPECT_EQ(set(text, 0), (Events{std::string("clock_settime ") + seconds, kRtc, kNotice})) << text;
     }
 }
 
@@ -257,7 +255,7 @@ TEST_F(SetClock, TakesNoughtForWhatTheTextDoesNotReach) {
     for (const auto& [text, seconds] : rows) {
         char buffer[256] = "9999999999999999999";
         std::memcpy(buffer, text.c_str(), text.size() + 1);
-        EXPECT_THAT(set(buffer, 0), ElementsAre(std::string("clock_settime ") + seconds, kRtc, kNotice)) << text;
+        EXPECT_EQ(set(buffer, 0), (Events{std::string("clock_settime ") + seconds, kRtc, kNotice})) << text;
     }
 }
 
@@ -271,9 +269,9 @@ TEST_F(SetClock, LetsTheZoneDecideAboutDaylightSaving) {
 
 TEST_F(SetClock, FailsWithoutACommand) {
     fake::failCall("mktime", 1, EOVERFLOW);
-    EXPECT_THAT(set("2024/06/15 12:34:56", -1), IsEmpty());
+    EXPECT_EQ(set("2024/06/15 12:34:56", -1), Events{});
     fake::failCall("clock_settime", 1, EPERM);
-    EXPECT_THAT(set("2024/06/15 12:34:56", -1), ElementsAre("clock_settime 1718454896"));
+    EXPECT_EQ(set("2024/06/15 12:34:56", -1), (Events{"clock_settime 1718454896"}));
 }
 
 }  // namespace
