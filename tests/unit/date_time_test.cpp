@@ -4,11 +4,13 @@
 #include <errno.h>
 #include <signal.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 
 #include "support/captured_stderr.h"
 #include "support/handler_test.h"
+#include "system/signal_window.h"
 
 using fake::Events;
 
@@ -98,6 +100,22 @@ TEST_F(DateTime, ByNtpWaitsTheWholeTimeThroughSignals) {
     const Events events = apply("");
     EXPECT_EQ(events.size(), 7u);  // two sleeps
     EXPECT_NEAR(static_cast<double>(fake::slept() - before), 8e9, 1e9);
+    signal(SIGALRM, SIG_DFL);
+}
+
+volatile std::sig_atomic_t g_arrived;
+
+TEST_F(DateTime, ByNtpLetsSignalsInOnlyWhileItWaits) {
+    fake::setNumber("DATETIME", "Protocol", 1);
+    g_arrived = 0;
+    signal(SIGALRM, [](int) { g_arrived = g_arrived + 1; });
+    blockSignals();
+    fake::onEvent("sleep ", [] { raise(SIGALRM); });
+    apply("");
+    EXPECT_EQ(g_arrived, 1);
+    raise(SIGALRM);
+    EXPECT_EQ(g_arrived, 1);
+    signal(SIGALRM, SIG_IGN);  // forgets the one that is pending
     signal(SIGALRM, SIG_DFL);
 }
 
@@ -234,11 +252,15 @@ protected:
 
 TEST_F(SetClock, ReadsTheFieldsByPosition) {
     const std::pair<const char*, const char*> rows[] = {
-        {"2024/06/15 12:34:56", "1718454896"},          {"2024-06-15T12.34.56", "1718454896"},
-        {"2024x06x15x12x34x56 and more", "1718454896"}, {"1970/01/01 00:00:01", "1"},
-        {"2024/02/30 10:00:00", "1709287200"},                                                  // 1 March
-        {"2024/02/29 10:00:00", "1709200800"},          {"2023/12/31 23:59:60", "1704067200"},  // the next year
+        {"2024/06/15 12:34:56", "1718454896"},
+        {"2024-06-15T12.34.56", "1718454896"},
+        {"2024x06x15x12x34x56 and more", "1718454896"},
+        {"1970/01/01 00:00:01", "1"},
+        {"2024/02/30 10:00:00", "1709287200"},  // 1 March
+        {"2024/02/29 10:00:00", "1709200800"},
+        {"2023/12/31 23:59:60", "1704067200"},  // the next year
         {"2024/6 /5  1 :2 :3 ", "1717549323"},  // atoi stops at the blank
+        {"1969/12/31 23:59:58", "-2"},
     };
     for (const auto& [text, seconds] : rows) {
         EXPECT_EQ(set(text, 0), (Events{std::string("clock_settime ") + seconds, kRtc, kNotice})) << text;
@@ -270,6 +292,7 @@ TEST_F(SetClock, LetsTheZoneDecideAboutDaylightSaving) {
 TEST_F(SetClock, FailsWithoutACommand) {
     fake::failCall("mktime", 1, EOVERFLOW);
     EXPECT_EQ(set("2024/06/15 12:34:56", -1), Events{});
+    EXPECT_EQ(set("1969/12/31 23:59:59", -1), Events{});  // mktime's -1 is a time here, but looks like its failure
     fake::failCall("clock_settime", 1, EPERM);
     EXPECT_EQ(set("2024/06/15 12:34:56", -1), (Events{"clock_settime 1718454896"}));
 }

@@ -1,6 +1,7 @@
 // Discovery: who the camera is and how it is reached; and where that comes from, the start of each family.
 #include <algorithm>
 #include <cstdlib>
+#include <limits>
 
 #include "camera/device.h"
 #include "handlers/qvp_function.h"
@@ -183,6 +184,14 @@ TEST_P(Discovery, TellsTheLocalTimeOfTheZoneInForceAtTheMoment) {
         fake::setTime(moment.now);
         EXPECT_TRUE(replies(bareReply().put(315, std::string(moment.text)), ask())) << moment.text;
     }
+}
+
+TEST_P(Discovery, CutsTheTimeAtFourteenDigitsAndLeavesOutADateThatIsNone) {
+    if (sizeof(std::time_t) < 8) GTEST_SKIP() << "no such times";
+    fake::setTime(static_cast<std::time_t>(253402300800));
+    EXPECT_TRUE(replies(bareReply().put(315, std::string("10000010100000")), ask()));  // year 10000
+    fake::setTime(std::numeric_limits<std::time_t>::max());
+    EXPECT_TRUE(replies(bareReply().fill(315, 14, 0), ask()));
 }
 
 TEST_P(Discovery, ReadsNothingBehindTheHeader) {

@@ -127,6 +127,7 @@ TEST_P(SiteLine, CutsAndStripsTheSsid) {
         {"\x01\xFF", "\x01\xFF"},
         {std::string("nul\0hidden", 10), "nul"},
         {std::string("blank  \0", 8), "blank"},
+        {std::string("blank  \0hidden", 14), "blank"},
     };
     for (const auto& [ssid, told] : rows) {
         Site site;
