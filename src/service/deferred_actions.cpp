@@ -10,8 +10,6 @@
 #include "system/shell.h"
 #include "util/date_time.h"
 
-static constexpr char kReboot[] = "/var/reboot -d 5 2>/dev/null 1>/dev/null&";
-
 static void restartPppoe() { shell("/etc/init.d/pppoe.sh restart 2>/dev/null 1>/dev/null"); }
 
 static void scanForNetworks() {
@@ -47,10 +45,10 @@ static void commit() {}  // the store is written through by every command
 static void resetConfiguration() {
     shell("/etc/init.d/userconfig reset 1>/dev/null 2>/dev/null");
     g_nFactoryReset = 0;
-    shell(kReboot);
+    shell(kRebootCommand);
 }
 
-static void restartDevice() { shell(kReboot); }
+static void restartDevice() { shell(kRebootCommand); }
 
 struct DeferredAction {
     int32_t* flag;

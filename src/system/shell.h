@@ -1,6 +1,9 @@
 // The board's own commands: init scripts and tools, run through the shell.
 #pragma once
 
+// Boots the camera again, five seconds later, in the background.
+constexpr char kRebootCommand[] = "/var/reboot -d 5 2>/dev/null 1>/dev/null&";
+
 // Runs a command line and waits for it; its result is not looked at. The command starts with the signal mask the daemon
 // was started with and, of the daemon's descriptors, with 0 to 2 alone. Main thread, with the signal window closed; it
 // is open during the wait.

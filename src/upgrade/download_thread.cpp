@@ -52,7 +52,7 @@ static void work(DownThreadState& state, const Worker& worker) {
     if (status == kSucceeded) publish(worker, kUpgradeDone);
     storeShared(state.status, status);
     if (stopped || status == kFailed) publish(worker, kUpgradeFailed);
-    if (status == kSucceeded) shellOnWorker("/var/reboot -d 5 2>/dev/null 1>/dev/null&");
+    if (status == kSucceeded) shellOnWorker(kRebootCommand);
     storeShared(state.busy, 0);
 }
 

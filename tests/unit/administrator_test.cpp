@@ -37,14 +37,6 @@ TEST_P(UserVerification, DecodesBothAgainBehindTheCheckAndThenAsksTheUserTable) 
     EXPECT_EQ(raisedFlags(), std::vector<std::string>{});
 }
 
-TEST_P(UserVerification, TellsNothingWithoutTheRightPassword) {
-    fake::camera().groups = {{"admin", "admin"}};
-    const Packet wrong = request(row()).put(86, std::string("U2VjcmV0"));
-    EXPECT_TRUE(replies(reply(row()).put(16, {3}), call(row().handler, wrong.bytes())));
-    EXPECT_EQ(fake::eventsOf({"Base64dec"}), (Events{"Base64dec YWRtaW4", "Base64dec U2VjcmV0"}));
-    EXPECT_EQ(fake::eventsOf({"usrInit", "usrGetGroupName"}), Events{});
-}
-
 INSTANTIATE_TEST_SUITE_P(Families, UserVerification, bothFamilies(), familyName);
 
 std::string base64(const std::string& bytes) {
@@ -154,8 +146,8 @@ TEST_P(ChangeAdminPassword, EndsAtTheFieldsSixtyFourthByte) {
 TEST_P(ChangeAdminPassword, EndsAtTheFirstNulItDecodesTo) {
     EXPECT_TRUE(replies(reply(row()), change(std::string("ab\0cd", 5))));
     EXPECT_EQ(fake::text("USER_ADMIN", "Password1"), "ab");
-    EXPECT_THAT(fake::unclearedWrites(), IsEmpty());
-    EXPECT_THAT(fake::commands(), ElementsAre(R"(/usr/sbin/set_passwd -u "admin" -p "ab"  2>/dev/null 1>/dev/null)"));
+    EXPECT_EQ(fake::unclearedWrites(), std::vector<std::string>{});
+    EXPECT_EQ(fake::commands(), (Events{R"(/usr/sbin/set_passwd -u "admin" -p "ab"  2>/dev/null 1>/dev/null)"}));
 }
 
 TEST_P(ChangeAdminPassword, IgnoresTheFieldBeforeTheNewPassword) {

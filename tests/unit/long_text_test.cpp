@@ -1,6 +1,7 @@
 // Texts of a request: those that end with their field, and those that may run past it.
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "support/packet.h"
 #include "util/packet.h"
