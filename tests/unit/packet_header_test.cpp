@@ -1,6 +1,4 @@
 // The steps that open every handler of both families: magic, family, addressing, capacity, reply header, credentials.
-#include <set>
-
 #include "support/handler_test.h"
 
 namespace unit {
@@ -91,16 +89,6 @@ TEST_P(EveryCommand, RejectsEveryOtherProtocol) {
 TEST_P(EveryCommand, ChecksTheMagicBeforeTheProtocolAndThatBeforeTheMac) {
     expectRejected(request(row()).put(0, {0, 0}).put(18, {9, 9}).put(6, {9}), 1, "all wrong");
     expectRejected(request(row()).put(18, {9, 9}).put(6, {9}), 1, "protocol and MAC wrong");
-}
-
-// The line number is all that tells one rejection from another.
-TEST_P(EveryCommand, TracesEachRejectionFromALineOfItsOwn) {
-    const Packet wrongMac = request(row()).put(6, {9});
-    std::vector<Packet> rejected{request(row()).put(0, {0}), request(row()).put(18, {9}), wrongMac};
-    if (row().addressed == Addressed::ByMacOrBroadcast) rejected.push_back(Packet(wrongMac).put(16, {0x77, 0x77}));
-    std::set<std::string> lines{call(row().handler, request(row()).bytes()).trace.front()};
-    for (const Packet& packet : rejected) lines.insert(call(row().handler, packet.bytes()).trace.back());
-    EXPECT_EQ(lines.size(), 1 + rejected.size()) << testing::PrintToString(lines);
 }
 
 TEST_P(EveryCommand, RejectsAMacThatDiffersInOneByte) {
