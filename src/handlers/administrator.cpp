@@ -2,8 +2,10 @@
 #include "protocol/administrator.h"
 
 #include <stdio.h>
+#include <string.h>
 
 #include "camera/pending_actions.h"
+#include "camera/settings.h"
 #include "handlers/commands.h"
 #include "platform.h"
 #include "system/shell.h"

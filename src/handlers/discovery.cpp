@@ -1,7 +1,10 @@
 // Discovery: who this camera is and how it is reached.
 #include "protocol/discovery.h"
 
+#include <string.h>
+
 #include "camera/device.h"
+#include "camera/settings.h"
 #include "handlers/commands.h"
 #include "platform.h"
 #include "util/reply_fields.h"

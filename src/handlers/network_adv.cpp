@@ -1,6 +1,7 @@
 // Advanced network settings: PPPoE (read only), UPnP and dynamic DNS.
 #include "protocol/network_adv.h"
 
+#include "camera/settings.h"
 #include "handlers/commands.h"
 #include "protocol/result_codes.h"
 #include "util/reply_fields.h"

@@ -79,7 +79,7 @@ int alert_info(const uint8_t* request, uint8_t* reply, int capacity) {
 }
 
 int checkSiteSurveyRequest(const uint8_t* request, uint8_t* reply, int capacity, int* accepted) {
-    return checkSiteSurvey(kPrimary, request, reply, capacity, accepted);
+    return checkSiteSurvey(kPrimary, request, reply, capacity, *accepted);
 }
 
 int fillSiteSurveyInfo(const uint8_t* request, uint8_t* reply, int capacity, int page, const char* sites, int size) {

@@ -1,6 +1,9 @@
 // The wireless settings in short: one key, its kind as it stands in the store.
 #include "protocol/simple_wifi.h"
 
+#include <string.h>
+
+#include "camera/settings.h"
 #include "handlers/commands.h"
 #include "handlers/wireless.h"
 #include "protocol/result_codes.h"
@@ -37,10 +40,7 @@ struct SimpleWifiChange {
 };
 
 static uint32_t check(const SimpleWifiBlock& in, const WifiSettings& settings) {
-    if (in.enable != 1) return kWifiNotEnabled;
-    if (settings.mode >= 2) return kBadMode;
-    if (settings.encryption >= 5) return kBadEncryption;
-    return settings.authentication == -1 ? kBadAuthentication : kAccepted;
+    return in.enable == 1 ? checkWifiSettings(settings) : kWifiNotEnabled;
 }
 
 static uint32_t checkKey(SimpleWifiChange& change) {

@@ -1,6 +1,7 @@
 #include "handlers/site_survey.h"
 
 #include <stdlib.h>
+#include <string.h>
 
 #include "camera/pending_actions.h"
 #include "handlers/commands.h"
@@ -24,9 +25,9 @@ const Command kInitWifiSiteSurvey{"init_wifi_site_survey", Addressing::MacOnly, 
 const Command kCheckSiteSurveyRequest{"checkSiteSurveyRequest", Addressing::MacOnly, Protection::Protected,
                                       sizeof(SiteListReply), leaveEmpty};
 
-int checkSiteSurvey(const Family& family, const uint8_t* request, uint8_t* reply, int capacity, int* accepted) {
+int checkSiteSurvey(const Family& family, const uint8_t* request, uint8_t* reply, int capacity, int& accepted) {
     int length = serve(family, kCheckSiteSurveyRequest, request, reply, capacity);
-    if (length > 0) *accepted = load(view<PacketHeader>(reply).status) == kDone ? 1 : 0;
+    if (length > 0) accepted = load(view<PacketHeader>(reply).status) == kDone ? 1 : 0;
     return length;
 }
 

@@ -4,6 +4,7 @@
 #include <stdio.h>
 
 #include "camera/pending_actions.h"
+#include "camera/settings.h"
 #include "handlers/commands.h"
 #include "platform.h"
 #include "protocol/result_codes.h"

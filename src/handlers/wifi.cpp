@@ -1,6 +1,9 @@
 // The wireless settings in full.
 #include "protocol/wifi.h"
 
+#include <string.h>
+
+#include "camera/settings.h"
 #include "handlers/commands.h"
 #include "handlers/wireless.h"
 #include "protocol/result_codes.h"
@@ -72,9 +75,7 @@ static uint32_t check(const uint8_t* request, WifiChange& change) {
     const WifiBlock& in = view<WifiRequest>(request).block;
     if (in.enable != 1) return kWifiNotEnabled;
     if (checkWifiChannel(in.channel) != 0) return kBadChannel;
-    if (change.settings.mode >= 2) return kBadMode;
-    if (change.settings.encryption >= 5) return kBadEncryption;
-    if (change.settings.authentication == -1) return kBadAuthentication;
+    if (uint32_t why = checkWifiSettings(change.settings); why != kAccepted) return why;
     if (change.keyLength >= 2) return kBadWepKeyLength;
     if (change.keyFormat >= 2) return kBadWepKeyFormat;
     if (change.activeKey >= 4) return kBadActiveWepKey;

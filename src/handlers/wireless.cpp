@@ -4,6 +4,7 @@
 #include <string.h>
 
 #include "camera/pending_actions.h"
+#include "protocol/result_codes.h"
 #include "util/packet.h"
 #include "util/validators.h"
 
@@ -20,6 +21,12 @@ int32_t storedAuthentication(uint8_t wireCode) {
 uint8_t wireAuthentication(int32_t stored) {
     bool known = stored >= 0 && stored < static_cast<int32_t>(sizeof kWireCodes);
     return known ? kWireCodes[stored] : 0;
+}
+
+uint32_t checkWifiSettings(const WifiSettings& settings) {
+    if (settings.mode >= 2) return kBadMode;
+    if (settings.encryption >= 5) return kBadEncryption;
+    return settings.authentication == -1 ? kBadAuthentication : kAccepted;
 }
 
 bool usesPreSharedKey(int32_t encryption) { return encryption >= 2 && encryption <= 4; }

@@ -24,6 +24,9 @@ uint8_t wireAuthentication(int32_t stored);      // 0 for a value outside 0-4
 
 bool usesPreSharedKey(int32_t encryption);
 
+// The result code for what both commands check in the same way, kAccepted when all of it holds.
+uint32_t checkWifiSettings(const WifiSettings& settings);
+
 // Length and characters fit the format and length; a format or length outside 0-1 lets any key through.
 bool isWepKey(const char* key, int32_t format, int32_t length);
 bool isPreSharedKey(const char* key);

@@ -71,7 +71,7 @@ int landap_commit_setting(const uint8_t* request, uint8_t* reply, int capacity) 
 }
 
 int landap_checkSiteSurveyRequest(const uint8_t* request, uint8_t* reply, int capacity, int* accepted) {
-    return checkSiteSurvey(kLandap, request, reply, capacity, accepted);
+    return checkSiteSurvey(kLandap, request, reply, capacity, *accepted);
 }
 
 int landap_fillSiteSurveyInfo(const uint8_t* request, uint8_t* reply, int capacity, int page, const char* sites,

@@ -12,7 +12,7 @@
 
 static void restartPppoe() { shell("/etc/init.d/pppoe.sh restart 2>/dev/null 1>/dev/null"); }
 
-static void scanForNetworks() {
+static void refreshSiteList() {
     memset(g_pSiteSurveyBuffer, 0, kSiteSurveyBufferSize);
     getSiteList(g_pSiteSurveyBuffer, kSiteSurveyBufferSize);
 }
@@ -57,7 +57,7 @@ struct DeferredAction {
 
 static constexpr DeferredAction kActions[] = {
     {&g_nPppoeRestart,    restartPppoe      },
-    {&g_nInitSiteSurvey,  scanForNetworks   },
+    {&g_nInitSiteSurvey,  refreshSiteList   },
     {&g_nDeviceNameReset, announceName      },
     {&g_nAuthReset,       reloadAccounts    },
     {&g_nWifiReset,       resetWireless     },

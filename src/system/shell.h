@@ -5,8 +5,8 @@
 constexpr char kRebootCommand[] = "/var/reboot -d 5 2>/dev/null 1>/dev/null&";
 
 // Runs a command line and waits for it; its result is not looked at. The command starts with the signal mask the daemon
-// was started with and, of the daemon's descriptors, with 0 to 2 alone. Main thread, with the signal window closed; it
-// is open during the wait.
+// was started with and, of the daemon's descriptors, with 0 to 2 alone (without close_range, with those from FD_SETSIZE
+// up as well). Main thread, with the signal window closed; it is open during the wait.
 void shell(const char* command);
 
 // The same on the upgrade worker's thread, for which there is no signal window.

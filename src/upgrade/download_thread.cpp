@@ -10,9 +10,10 @@
 #include "upgrade/http_download.h"
 #include "upgrade/install.h"
 
-static constexpr int kSucceeded = 0;
-static constexpr int kRunning = 1;
-static constexpr int kFailed = 2;
+// `status` of the record.
+static constexpr int kRunSucceeded = 0;
+static constexpr int kRunStarted = 1;
+static constexpr int kRunFailed = 2;
 
 // What the two workers do differently.
 struct Worker {
@@ -22,37 +23,37 @@ struct Worker {
     int (*install)(uint8_t* data, int32_t length);
 };
 
-static constexpr Worker kConfigurationWorker{kFailed, kRunning, false, decode_and_unpack_config};
-static constexpr Worker kFirmwareWorker{kRunning, kFailed, true, verify_and_upgrade_firmware};
+static constexpr Worker kConfigurationWorker{kRunFailed, kRunStarted, false, decode_and_unpack_config};
+static constexpr Worker kFirmwareWorker{kRunStarted, kRunFailed, true, verify_and_upgrade_firmware};
 
 static void publish(const Worker& worker, int upgradeState) {
     if (worker.publishesState) SIWriteInt(kUpgradeStateSlot, upgradeState);
 }
 
-// Returns the status the run ends with; kRunning: given up without a word.
+// Returns the status the run ends with; kRunStarted: given up without a word.
 static int download(DownThreadState& state, const Worker& worker) {
     DownloadUrl url;
     switch (takeApart(state.url, url)) {
         case UrlResult::Complete:
             break;
         case UrlResult::Invalid:
-            return kFailed;
+            return kRunFailed;
         case UrlResult::HostWithoutEnd:
             return worker.statusWithoutHostEnd;
     }
-    if (http_download(url.host, url.port, url.path, &state.data) != 0) return kFailed;
-    return worker.install(state.data, state.data_length) == -1 ? kFailed : kSucceeded;
+    if (http_download(url.host, url.port, url.path, &state.data) != 0) return kRunFailed;
+    return worker.install(state.data, state.data_length) == -1 ? kRunFailed : kRunSucceeded;
 }
 
 static void work(DownThreadState& state, const Worker& worker) {
-    storeShared(state.status, kRunning);
+    storeShared(state.status, kRunStarted);
     storeShared(state.busy, 1);
     bool stopped = loadShared(state.stop_request) != 0;
     int status = stopped ? worker.statusWhenStopped : download(state, worker);
-    if (status == kSucceeded) publish(worker, kUpgradeDone);
+    if (status == kRunSucceeded) publish(worker, kUpgradeDone);
     storeShared(state.status, status);
-    if (stopped || status == kFailed) publish(worker, kUpgradeFailed);
-    if (status == kSucceeded) shellOnWorker(kRebootCommand);
+    if (stopped || status == kRunFailed) publish(worker, kUpgradeFailed);
+    if (status == kRunSucceeded) shellOnWorker(kRebootCommand);
     storeShared(state.busy, 0);
 }
 

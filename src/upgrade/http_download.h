@@ -9,7 +9,7 @@
 // wait has timed out makes it 0.
 int http_download(const char* host, long port, const char* path, uint8_t** data);
 
-// Connects and sends the request. Returns 0, or -1 with *out -1.
+// Connects and sends the request. Returns 0, or -1: with *out -1, or untouched when the arguments will not do.
 int send_http_get(int* out, const char* host, long port, const char* path);
 
 // Reads byte by byte up to the blank line, which must end before the buffer's last byte. Returns 0, or -1.

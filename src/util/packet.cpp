@@ -35,7 +35,7 @@ void acceptChange(uint8_t* reply, uint32_t milliseconds) {
     answer.milliseconds = le32(milliseconds);
 }
 
-void takeLongText(char (&text)[256], const uint8_t* request, const uint8_t* from) {
+void takeLongText(char (&text)[kTextSize], const uint8_t* request, const uint8_t* from) {
     size_t left = kDatagramSize - static_cast<size_t>(from - request);
     size_t most = left < sizeof text - 1 ? left : sizeof text - 1;
     size_t length = strnlen(reinterpret_cast<const char*>(from), most);

@@ -4,6 +4,7 @@
 #include <stddef.h>
 #include <string.h>
 
+#include "camera/settings.h"
 #include "protocol/packet_header.h"
 #include "protocol/setting_reply.h"
 
@@ -28,7 +29,7 @@ void setStatus(uint8_t* reply, uint16_t status);
 // Status 2 with the reason behind the header.
 void refuse(uint8_t* reply, uint32_t resultCode);
 
-// Status 0 with how long the change takes the device away.
+// What stands behind the header of an accepted change: how long it takes the device away.
 void acceptChange(uint8_t* reply, uint32_t milliseconds);
 
 // Address of the served interface; 0.0.0.0 when it has none.
@@ -52,4 +53,4 @@ void takeText(char (&text)[Room], const uint8_t (&field)[Size]) {
 
 // Copies the text that starts at `from` in a request's 1024-byte buffer: up to its NUL, 255 bytes or the buffer's end,
 // past its field if it has no NUL there. The rest is cleared.
-void takeLongText(char (&text)[256], const uint8_t* request, const uint8_t* from);
+void takeLongText(char (&text)[kTextSize], const uint8_t* request, const uint8_t* from);
