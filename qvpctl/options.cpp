@@ -10,6 +10,14 @@ void addInterface(CLI::App& app, std::string& name, const char* help) {
 
 void addJson(CLI::App& app, bool& json, const char* help) { app.add_flag("--json", json, help); }
 
+void addSeconds(CLI::App& app, const char* names, double& seconds, const char* help) {
+    app.add_option(names, seconds, help)->type_name("SECONDS")->check(checkSeconds);
+}
+
+void addCount(CLI::App& app, const char* names, uint32_t& count, const char* help) {
+    app.add_option(names, count, help)->type_name("N")->check(checkCount);
+}
+
 std::string checkSeconds(const std::string& text) {
     double seconds = 0;
     const bool isNumber = CLI::detail::lexical_cast(text, seconds);

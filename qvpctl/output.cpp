@@ -40,7 +40,7 @@ static Row cells(std::span<const Column> columns, const Record& record) {
 }
 
 static void printRow(std::ostream& stream, const Row& row, const std::vector<size_t>& widths) {
-    for (size_t i = 0; i + 1 < row.size(); ++i) {
+    for (size_t i = 0; i + 1 < row.size(); i++) {
         const size_t width = displayWidth(row[i]);
         stream << row[i] << std::string(std::max(widths[i], width) - width + 2, ' ');
     }
@@ -93,7 +93,7 @@ private:
     std::vector<size_t> columnWidths(const std::vector<Row>& rows) const {
         std::vector<size_t> widths(columns_.size(), 0);
         for (const Row& row : rows) {
-            for (size_t i = 0; i < row.size(); ++i) {
+            for (size_t i = 0; i < row.size(); i++) {
                 widths[i] = std::max(widths[i], displayWidth(row[i]));
             }
         }

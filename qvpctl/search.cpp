@@ -55,7 +55,7 @@ size_t searchCameras(const Search& search, const std::function<void(const Camera
     const auto start = std::chrono::steady_clock::now();
     std::set<std::string> known;
     sendFirst(socket, interfaces, request);
-    for (int turn = 1; turn <= kRequests; ++turn) {
+    for (int turn = 1; turn <= kRequests; turn++) {
         while (const auto datagram = socket.receiveUntil(start + search.wait * turn / kRequests)) {
             auto camera =
                 answers(datagram->bytes(), request) ? decodeCamera(kPrimaryProtocol, datagram->bytes()) : std::nullopt;

@@ -4,8 +4,9 @@
 # shellcheck disable=SC2034 # for those that read this in
 {
     run_packages=(cmake ninja-build g++ libcli11-dev nlohmann-json3-dev iproute2 util-linux)
-    test_packages=(googletest python3 python3-pytest clang-format clang-tidy shellcheck strace tzdata
-        g++-mips-linux-gnu libc6-dev-mips-cross qemu-user musl-tools)
+    test_packages=(libgtest-dev libgmock-dev python3 python3-pytest strace tzdata)
+    test_all_packages=(googletest g++-mips-linux-gnu libc6-dev-mips-cross qemu-user musl-tools clang-format clang-tidy
+        shellcheck)
 }
 
 as_root() {

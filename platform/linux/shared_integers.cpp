@@ -88,8 +88,8 @@ static const char* folderOfEnvironment() {
 }
 
 // Looked up before there is a second thread: one thread may not read the environment while another sets the time zone.
-static const char* const g_folder = folderOfEnvironment();
+static const char* const kFolder = folderOfEnvironment();
 
-int SIReadInt(int slot, int* value) { return value != nullptr ? readSharedInteger(g_folder, slot, *value) : -1; }
+int SIReadInt(int slot, int* value) { return value != nullptr ? readSharedInteger(kFolder, slot, *value) : -1; }
 
-int SIWriteInt(int slot, int value) { return writeSharedInteger(g_folder, slot, value); }
+int SIWriteInt(int slot, int value) { return writeSharedInteger(kFolder, slot, value); }

@@ -20,12 +20,12 @@ static bool isMember(const group& group, const passwd& user) {
 
 // A user has many groups; the one that the daemon asks about comes first, wherever it stands among them.
 const char* usrGetGroupName(const char* name) {
-    static char g_group[256];
-    g_group[0] = '\0';
+    static char groupName[256];
+    groupName[0] = '\0';
     const passwd* user = name != nullptr ? getpwnam(name) : nullptr;
-    if (user == nullptr) return g_group;
+    if (user == nullptr) return groupName;
     const group* found = getgrnam(kAdministrators);
     if (found == nullptr || !isMember(*found, *user)) found = getgrgid(user->pw_gid);
-    if (found != nullptr) snprintf(g_group, sizeof g_group, "%s", found->gr_name);
-    return g_group;
+    if (found != nullptr) snprintf(groupName, sizeof groupName, "%s", found->gr_name);
+    return groupName;
 }

@@ -1,6 +1,4 @@
 // qvpctl discover: asks every camera on the local networks who it is.
-#include <CLI/CLI.hpp>
-
 #include <cmath>
 #include <iostream>
 
@@ -45,9 +43,7 @@ static int discover(const DiscoverOptions& options) {
 static Work prepare(CLI::App& app) {
     const auto options = std::make_shared<DiscoverOptions>();
     addInterface(app, options->interface, "Ask on this interface only, loopback too if named");
-    app.add_option("-w,--wait", options->waitSeconds, "How long to take replies (default 2)")
-        ->type_name("SECONDS")
-        ->check(checkSeconds);
+    addSeconds(app, "-w,--wait", options->waitSeconds, "How long to take replies (default 2)");
     addJson(app, options->json, "Print one JSON object a line, as the replies come in");
     return [options] { return discover(*options); };
 }

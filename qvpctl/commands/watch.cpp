@@ -1,8 +1,6 @@
 // qvpctl watch: shows the presence reports that cameras broadcast unasked.
 #include <poll.h>
 
-#include <CLI/CLI.hpp>
-
 #include <cerrno>
 #include <iostream>
 
@@ -74,7 +72,7 @@ static int watch(const WatchOptions& options) {
 static Work prepare(CLI::App& app) {
     const auto options = std::make_shared<WatchOptions>();
     addInterface(app, options->interface, "Show what comes in on this interface only");
-    app.add_option("-n,--count", options->count, "End after this many reports")->type_name("N")->check(checkCount);
+    addCount(app, "-n,--count", options->count, "End after this many reports");
     addJson(app, options->json, "Print one JSON object a line");
     return [options] { return watch(*options); };
 }

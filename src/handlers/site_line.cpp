@@ -18,11 +18,11 @@ static ptrdiff_t lineLength(const SiteText& text) {
 // Copies what the line has of a column and ends it.
 template <size_t Room>
 static void takeColumn(char (&column)[Room], const char* line, ptrdiff_t length, ptrdiff_t position) {
-    constexpr ptrdiff_t width = Room - 1;
+    constexpr ptrdiff_t kWidth = Room - 1;
     memset(column, 0, Room);
     ptrdiff_t reached = length - position;
     if (reached > 0) {
-        size_t most = static_cast<size_t>(reached < width ? reached : width);
+        size_t most = static_cast<size_t>(reached < kWidth ? reached : kWidth);
         memcpy(column, line + position, strnlen(line + position, most));
     }
     rtrim(column, Room);

@@ -32,12 +32,12 @@ uint32_t checkWifiSettings(const WifiSettings& settings) {
 bool usesPreSharedKey(int32_t encryption) { return encryption >= 2 && encryption <= 4; }
 
 bool isWepKey(const char* key, int32_t format, int32_t length) {
-    constexpr size_t characters[2][2] = {
+    constexpr size_t kCharacters[2][2] = {
         {5,  13}, // printable, 64 and 128 bit
         {10, 26}, // hexadecimal
     };
     if (format < kKeyText || format > kKeyHex || length < 0 || length > 1) return true;
-    if (strlen(key) != characters[format][length]) return false;
+    if (strlen(key) != kCharacters[format][length]) return false;
     return (format == kKeyText ? checkAscii(key) : checkHex(key)) == 0;
 }
 

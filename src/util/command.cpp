@@ -18,10 +18,10 @@ static bool namesThisDevice(const PacketHeader& header) {
 }
 
 static bool isBroadcast(const PacketHeader& header) {
-    constexpr uint8_t everyDevice[6] = {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
-    constexpr uint8_t noAddress[4] = {0, 0, 0, 0};
-    return memcmp(header.address.bytes, noAddress, sizeof noAddress) == 0 &&
-           memcmp(header.mac.bytes, everyDevice, sizeof everyDevice) == 0;
+    constexpr uint8_t kEveryDevice[6] = {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
+    constexpr uint8_t kNoAddress[4] = {0, 0, 0, 0};
+    return memcmp(header.address.bytes, kNoAddress, sizeof kNoAddress) == 0 &&
+           memcmp(header.mac.bytes, kEveryDevice, sizeof kEveryDevice) == 0;
 }
 
 static bool isAddressedToUs(const Family& family, const Command& command, const PacketHeader& header) {

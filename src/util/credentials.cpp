@@ -5,16 +5,16 @@
 #include "platform.h"
 #include "util/packet.h"
 
-int checkAuthentication(const char* user_b64, const char* pass_b64) {
-    if (user_b64 == nullptr || pass_b64 == nullptr) return -1;
+int checkAuthentication(const char* userBase64, const char* passwordBase64) {
+    if (userBase64 == nullptr || passwordBase64 == nullptr) return -1;
     char storedName[kTextSize];
     char storedPassword[kTextSize];
     read(kAdministratorName, storedName);
     read(kAdministratorPassword, storedPassword);
     char name[kTextSize] = {};
     char password[kTextSize] = {};
-    Base64dec(user_b64, name);
-    Base64dec(pass_b64, password);
+    Base64dec(userBase64, name);
+    Base64dec(passwordBase64, password);
     if (strcmp(storedName, name) != 0) return -1;
     return strcmp(storedPassword, password) == 0 ? 0 : -1;
 }

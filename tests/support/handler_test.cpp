@@ -150,6 +150,10 @@ decltype(testing::ValuesIn(std::vector<const Family*>())) bothFamilies() {
     return testing::ValuesIn(std::vector<const Family*>{&primaryFamily(), &landapFamily()});
 }
 
+std::string rowName(const testing::TestParamInfo<CommandRow>& info) {
+    return info.param.family->name + "_" + info.param.name;
+}
+
 std::string familyName(const testing::TestParamInfo<const Family*>& info) { return info.param->name; }
 
 }  // namespace unit

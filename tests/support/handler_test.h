@@ -65,6 +65,8 @@ protected:
     const CommandRow& row(const std::string& name) const { return command(*GetParam(), name); }
 };
 
+// Names of the instances of parametrised tests.
+std::string rowName(const testing::TestParamInfo<CommandRow>& info);
 std::string familyName(const testing::TestParamInfo<const Family*>& info);
 
 // Compiled once: a generator takes longer to compile than the tests it is for.

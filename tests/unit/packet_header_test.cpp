@@ -5,11 +5,11 @@ namespace unit {
 namespace {
 
 // Base64 in the two credential fields; the camera's are admin and secret.
-struct Credentials {
+struct WrongCredentials {
     std::string user, password;
 };
 
-const Credentials kWrongCredentials[] = {
+const WrongCredentials kWrongCredentials[] = {
     {"YWRtaW4=", "U2VjcmV0"},      // admin, Secret
     {"YWRtaW4=", "c2VjcmU="},      // admin, secre
     {"YWRtaW4=", "c2VjcmV0cw=="},  // admin, secrets
@@ -150,7 +150,7 @@ TEST_P(EveryCommand, NeedsRoomForItsReply) {
 // The header is filled before the credentials are read, and nothing comes behind them.
 TEST_P(EveryCommand, AnswersWrongCredentialsWithStatusThreeAndAZeroPayload) {
     const Packet expected = reply(row()).put(16, {3, 0});
-    for (const Credentials& wrong : kWrongCredentials) {
+    for (const WrongCredentials& wrong : kWrongCredentials) {
         Packet packet = request(row());
         packet.fill(22, 128, 0).put(22, wrong.user).put(86, wrong.password).put(20, {1});
         fake::clearEvents();
@@ -177,10 +177,6 @@ TEST_P(EveryCommand, SurvivesADatagramWithoutASingleNul) {
         packet.put(22, std::string("YWRtaW4=")).put(30, {0}).put(86, std::string("c2VjcmV0")).put(94, {0});
         expectServed(packet, "right credentials");
     }
-}
-
-std::string rowName(const testing::TestParamInfo<CommandRow>& info) {
-    return info.param.family->name + "_" + info.param.name;
 }
 
 INSTANTIATE_TEST_SUITE_P(Header, EveryCommand, testing::ValuesIn(allCommands()), rowName);

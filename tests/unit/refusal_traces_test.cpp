@@ -138,10 +138,6 @@ TEST_P(RefusalTraces, WithAnAnswer) {
     }
 }
 
-std::string rowName(const testing::TestParamInfo<CommandRow>& info) {
-    return info.param.family->name + "_" + info.param.name;
-}
-
 INSTANTIATE_TEST_SUITE_P(Commands, RefusalTraces, testing::ValuesIn(allCommands()), rowName);
 
 }  // namespace

@@ -91,7 +91,7 @@ TEST_P(SetWifi, ChecksEveryKeyFormatAndActiveKey) {
 
 // One thing that can be wrong, put into a request that may be wrong already. Later faults give way where two share a
 // byte's half.
-struct Fault {
+struct FieldFault {
     int code;
     void (*put)(Packet& packet);
 };
@@ -104,7 +104,7 @@ void putHigh(Packet& packet, std::size_t offset, int value) {
     packet.put(offset, {static_cast<std::uint8_t>((packet.bytes()[offset] & 0x0F) | value << 4)});
 }
 
-const Fault kFaults[] = {
+const FieldFault kFieldFaults[] = {
     {201, [](Packet& packet) { packet.put(150, {0}); }},
     {202, [](Packet& packet) { packet.put(151, {2}); }},
     {204, [](Packet& packet) { putLow(packet, 188, 2); }},
@@ -126,11 +126,11 @@ const Fault kFaults[] = {
 };
 
 TEST_P(SetWifi, GivesTheFirstOfTwoFaults) {
-    for (const Fault* first = std::begin(kFaults); first != std::end(kFaults); ++first) {
+    for (const FieldFault* first = std::begin(kFieldFaults); first != std::end(kFieldFaults); ++first) {
         Packet one = psk();
         first->put(one);
         EXPECT_TRUE(gives(first->code, one)) << first->code << " alone";
-        for (const Fault* second = first + 1; second != std::end(kFaults); ++second) {
+        for (const FieldFault* second = first + 1; second != std::end(kFieldFaults); ++second) {
             Packet both = psk();
             second->put(both);
             first->put(both);
@@ -140,9 +140,9 @@ TEST_P(SetWifi, GivesTheFirstOfTwoFaults) {
 }
 
 TEST_P(SetWifi, GivesTheFirstOfAllFaults) {
-    for (const Fault* first = std::begin(kFaults); first != std::end(kFaults); ++first) {
+    for (const FieldFault* first = std::begin(kFieldFaults); first != std::end(kFieldFaults); ++first) {
         Packet packet = psk();
-        for (const Fault* fault = std::end(kFaults); fault != first; --fault) fault[-1].put(packet);
+        for (const FieldFault* fault = std::end(kFieldFaults); fault != first; --fault) fault[-1].put(packet);
         EXPECT_TRUE(gives(first->code, packet)) << first->code;
     }
 }

@@ -36,13 +36,13 @@ TEST_F(ThreadStart, RefusedWhileBusy) {
     EXPECT_EQ(attributesDestroyed(), 0);
 }
 
-struct FailureRow {
+struct StartFailure {
     const char* function;
     int result, threads, destroyed;
     std::uint8_t stopRequest;
 };
 
-const FailureRow kFailures[] = {
+const StartFailure kStartFailures[] = {
     {"pthread_attr_init", -1, 0, 0, 1},
     {"pthread_attr_setdetachstate", -1, 0, 1, 1},
     {"pthread_create", 0, 0, 1, 0},
@@ -51,7 +51,7 @@ const FailureRow kFailures[] = {
 
 TEST_F(ThreadStart, EachStepThatFails) {
     for (const Kind kind : kBothKinds) {
-        for (const FailureRow& row : kFailures) {
+        for (const StartFailure& row : kStartFailures) {
             SCOPED_TRACE(std::string(nameOf(kind)) + ": " + row.function);
             resetThreads();
             state = {};

@@ -27,12 +27,12 @@ static bool isDefaultBy(const Route& route, const char* interface) {
 }
 
 int gatewayFromRoutes(const char* path, const char* interface, uint8_t address[4]) {
-    static char g_text[16384];
-    if (interface == nullptr || address == nullptr || readSmallFile(path, g_text, sizeof g_text) < 0) return -1;
+    static char table[16384];
+    if (interface == nullptr || address == nullptr || readSmallFile(path, table, sizeof table) < 0) return -1;
     Route best = {};
     bool found = false;
     char* rest = nullptr;
-    for (char* line = strtok_r(g_text, "\n", &rest); line != nullptr; line = strtok_r(nullptr, "\n", &rest)) {
+    for (char* line = strtok_r(table, "\n", &rest); line != nullptr; line = strtok_r(nullptr, "\n", &rest)) {
         Route route;
         if (!readRoute(line, route) || !isDefaultBy(route, interface)) continue;
         if (found && route.metric >= best.metric) continue;

@@ -10,12 +10,12 @@
 #include "platform.h"
 #include "store/ini_file.h"
 
-static IniText g_text;
+static IniText listed;
 
 static bool readFile(const char* path) {
     int descriptor = path != nullptr ? open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK) : -1;
     if (descriptor < 0) return false;
-    int result = iniRead(descriptor, g_text);
+    int result = iniRead(descriptor, listed);
     if (result != 0) complain("cannot read %s: %s", path, strerror(errno));
     close(descriptor);
     return result == 0;
@@ -41,7 +41,7 @@ ListNode* CfgEnumSec(const char* file) {
     ListNode* list = nullptr;
     if (!readFile(file)) return nullptr;
     IniLine line;
-    for (const char* start = iniFirstLine(g_text); iniTakeLine(g_text, start, line); start = line.next) {
+    for (const char* start = iniFirstLine(listed); iniTakeLine(listed, start, line); start = line.next) {
         if (line.kind == IniKind::Section) appendName(list, line.name);
     }
     return list;
@@ -52,7 +52,7 @@ ListNode* CfgEnumField(const char* file, const char* section) {
     if (section == nullptr || !readFile(file)) return nullptr;
     bool inside = false;
     IniLine line;
-    for (const char* start = iniFirstLine(g_text); iniTakeLine(g_text, start, line); start = line.next) {
+    for (const char* start = iniFirstLine(listed); iniTakeLine(listed, start, line); start = line.next) {
         if (line.kind == IniKind::Section) inside = sliceEquals(line.name, section);
         if (inside && line.kind == IniKind::Field) appendName(list, line.name);
     }

@@ -14,8 +14,8 @@
 
 static constexpr int kMostAttempts = 16;
 
-static IniText g_stored;
-static IniText g_changed;
+static IniText stored;
+static IniText changed;
 
 // A file in its state when it was read, to see whether it is still that.
 struct FileState {
@@ -57,7 +57,7 @@ const IniText* storeLoad() {
     struct stat status;
     int descriptor = open(storePath(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0) return nullptr;
-    return closeKeepingErrno(descriptor, readRegularFile(descriptor, g_stored, status)) == 0 ? &g_stored : nullptr;
+    return closeKeepingErrno(descriptor, readRegularFile(descriptor, stored, status)) == 0 ? &stored : nullptr;
 }
 
 // A store that is not there yet is an empty one.
@@ -130,11 +130,11 @@ static int makePermanent(const StoreFolder& folder) {
 
 static int changeOnce(const StoreFolder& folder, const char* section, const char* name, const char* value) {
     FileState before;
-    if (loadForChange(folder, g_stored, before) != 0) return -1;
-    if (iniChange(g_stored, section, name, value, g_changed) != 0) return -1;
-    bool same = g_stored.length == g_changed.length && memcmp(g_stored.bytes, g_changed.bytes, g_changed.length) == 0;
+    if (loadForChange(folder, stored, before) != 0) return -1;
+    if (iniChange(stored, section, name, value, changed) != 0) return -1;
+    bool same = stored.length == changed.length && memcmp(stored.bytes, changed.bytes, changed.length) == 0;
     if (same) return makePermanent(folder);
-    return replaceFile(folder, g_changed, before);
+    return replaceFile(folder, changed, before);
 }
 
 static int change(const char* section, const char* name, const char* value) {

@@ -137,8 +137,8 @@ static const char* valueOf(const char* line, const char* name) {
     return *line == ' ' ? line + 1 : line;
 }
 
-template <typename Target, size_t count>
-static void readField(const Field<Target> (&fields)[count], const char* line, Target& target) {
+template <typename Target, size_t Count>
+static void readField(const Field<Target> (&fields)[Count], const char* line, Target& target) {
     for (const Field<Target>& field : fields) {
         const char* value = valueOf(line, field.name);
         if (value != nullptr) return field.read(value, target);

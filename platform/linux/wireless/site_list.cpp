@@ -15,15 +15,15 @@
 
 static constexpr int kMostScanSeconds = 20;
 
-static char g_text[256 * 1024];  // what was read or printed, so that the caller's list is touched only by a whole one
+static char fetched[256 * 1024];  // what was read or printed, so that the caller's list is touched only by a whole one
 
 static int readList(const char* path, char* list, size_t size) {
-    ssize_t length = readSmallFile(path, g_text, size < sizeof g_text ? size : sizeof g_text);
+    ssize_t length = readSmallFile(path, fetched, size < sizeof fetched ? size : sizeof fetched);
     if (length < 0) {
         complain("no list of networks: cannot read %s: %s", path, strerror(errno));
         return -1;
     }
-    memcpy(list, g_text, static_cast<size_t>(length) + 1);
+    memcpy(list, fetched, static_cast<size_t>(length) + 1);
     return 0;
 }
 
@@ -35,12 +35,12 @@ int scanForNetworks(const char* devices, const char* classes, char* list, int si
     }
     const char* const command[] = {"iw", "dev", interface, "scan", nullptr};
     size_t length;
-    int status = runProgram(command, kMostScanSeconds, g_text, sizeof g_text, length);
-    if (status != 0 && strncmp(g_text, "BSS ", 4) != 0) {
+    int status = runProgram(command, kMostScanSeconds, fetched, sizeof fetched, length);
+    if (status != 0 && strncmp(fetched, "BSS ", 4) != 0) {
         complain("no list of networks: iw dev %s scan failed", interface);
         return -1;
     }
-    return siteListFromScan(g_text, length, list, static_cast<size_t>(size)) < 0 ? -1 : 0;
+    return siteListFromScan(fetched, length, list, static_cast<size_t>(size)) < 0 ? -1 : 0;
 }
 
 int getSiteList(char* buffer, int size) {

@@ -21,10 +21,10 @@ static bool readName(const char* line, char name[IFNAMSIZ]) {
 }
 
 bool firstWirelessInterface(const char* devices, const char* classes, char name[IFNAMSIZ]) {
-    static char g_text[16384];
-    if (readSmallFile(devices, g_text, sizeof g_text) < 0) return false;
+    static char table[16384];
+    if (readSmallFile(devices, table, sizeof table) < 0) return false;
     char* rest = nullptr;
-    for (char* line = strtok_r(g_text, "\n", &rest); line != nullptr; line = strtok_r(nullptr, "\n", &rest)) {
+    for (char* line = strtok_r(table, "\n", &rest); line != nullptr; line = strtok_r(nullptr, "\n", &rest)) {
         if (readName(line, name) && (has(classes, name, "wireless") || has(classes, name, "phy80211"))) return true;
     }
     return false;

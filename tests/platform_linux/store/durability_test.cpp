@@ -15,8 +15,6 @@
 
 namespace fs = std::filesystem;
 
-static const std::string kOld = "# factory\n[INFO]\nProduct=old\n\n[DDNS]\nUID=user\n";
-static const std::string kNew = "# factory\n[INFO]\nProduct=new\n\n[DDNS]\nUID=user\n";
 static const std::string kNext = "# factory\n[INFO]\nProduct=next\n\n[DDNS]\nUID=user\n";
 
 static struct stat fileStatus(const fs::path& path) {

@@ -14,9 +14,6 @@
 
 namespace fs = std::filesystem;
 
-static const std::string kOld = "# factory\n[INFO]\nProduct=old\n\n[DDNS]\nUID=user\n";
-static const std::string kNew = "# factory\n[INFO]\nProduct=new\n\n[DDNS]\nUID=user\n";
-
 // Somebody who knows no lock edits the store while it is being written.
 TEST_F(StoreTest, KeepsAnEditMadeBetweenReadAndRename) {
     for (const bool replaced : {false, true}) {

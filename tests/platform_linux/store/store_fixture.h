@@ -10,6 +10,10 @@
 #include "platform.h"
 #include "support/temporary_folder.h"
 
+// A store's bytes before and after INFO/Product is written.
+inline const std::string kOld = "# factory\n[INFO]\nProduct=old\n\n[DDNS]\nUID=user\n";
+inline const std::string kNew = "# factory\n[INFO]\nProduct=new\n\n[DDNS]\nUID=user\n";
+
 class StoreTest : public testing::Test {
 protected:
     StoreTest();

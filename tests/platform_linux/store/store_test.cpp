@@ -3,13 +3,13 @@
 
 #include "store/store_fixture.h"
 
-using Text = std::optional<std::string>;
+using MaybeText = std::optional<std::string>;
 using std::string_literals::operator""s;
 
 struct ReadRow {
     const char* what;
     std::string file;
-    Text name;  // CAMSYSTEM / CameraName
+    MaybeText name;  // CAMSYSTEM / CameraName
 };
 
 class StoreReads : public StoreTest, public testing::WithParamInterface<ReadRow> {};

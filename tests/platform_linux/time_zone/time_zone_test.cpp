@@ -16,7 +16,7 @@
 namespace fs = std::filesystem;
 using namespace std::string_literals;
 
-constexpr TimezoneRule kEurope = {60, 3, 5, 0, 2, 0, 10, 5, 0, 3, 0};
+constexpr TimezoneRule kSomeRule = {60, 3, 5, 0, 2, 0, 10, 5, 0, 3, 0};
 
 TEST(TimeZoneTable, GivesBothNumbersOfEveryZone) {
     ASSERT_EQ(std::size(kZoneRows), 148u);
@@ -149,14 +149,14 @@ TEST_P(Refused, ChangesNothing) {
 }
 
 INSTANTIATE_TEST_SUITE_P(UnknownZones, Refused,
-                         testing::Values(RefusedRow{0, 1, kEurope}, RefusedRow{-1, 1, kEurope},
-                                         RefusedRow{60, 3, kEurope}, RefusedRow{5, 1, kEurope},
-                                         RefusedRow{1490, 0, kEurope}, RefusedRow{65536 + 600, 1, kEurope},
-                                         RefusedRow{INT_MAX, 2, kEurope}, RefusedRow{INT_MIN, 2, kEurope}));
+                         testing::Values(RefusedRow{0, 1, kSomeRule}, RefusedRow{-1, 1, kSomeRule},
+                                         RefusedRow{60, 3, kSomeRule}, RefusedRow{5, 1, kSomeRule},
+                                         RefusedRow{1490, 0, kSomeRule}, RefusedRow{65536 + 600, 1, kSomeRule},
+                                         RefusedRow{INT_MAX, 2, kSomeRule}, RefusedRow{INT_MIN, 2, kSomeRule}));
 
 INSTANTIATE_TEST_SUITE_P(UnknownModes, Refused,
-                         testing::Values(RefusedRow{600, -1, kEurope}, RefusedRow{600, 3, kEurope},
-                                         RefusedRow{600, 256, kEurope}, RefusedRow{600, INT_MAX, kEurope}));
+                         testing::Values(RefusedRow{600, -1, kSomeRule}, RefusedRow{600, 3, kSomeRule},
+                                         RefusedRow{600, 256, kSomeRule}, RefusedRow{600, INT_MAX, kSomeRule}));
 
 static std::vector<RefusedRow> rulesWithOneBadNumber() {
     struct Bad {
@@ -175,7 +175,7 @@ static std::vector<RefusedRow> rulesWithOneBadNumber() {
     std::vector<RefusedRow> rows;
     for (const Bad& bad : bads) {
         for (int32_t value : bad.values) {
-            rows.push_back({510, 2, kEurope});
+            rows.push_back({510, 2, kSomeRule});
             rows.back().rule.*bad.number = value;
         }
     }
