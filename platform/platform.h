@@ -62,6 +62,9 @@ int Base64dec(const char* text, char* out);
 // Makes the user table ready; `flag` is always 0. Returns 0, or -1.
 int usrInit(int flag);
 
+// The group of the administrators.
+static const char kAdministrators[] = "admin";
+
 // Name of the group the user belongs to, "admin" for one who has that group among others; the empty text for an unknown
 // user, never null. Valid until the next call.
 const char* usrGetGroupName(const char* name);

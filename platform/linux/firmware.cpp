@@ -2,15 +2,15 @@
 #include "common/complain.h"
 #include "platform.h"
 
-static int refuse(const char* what) {
+static int refuseImage(const char* what) {
     complain("%s refused: this machine has no place for it", what);
     return -1;
 }
 
-int VerifyFWCode(const void*, int) { return refuse("firmware image"); }
+int VerifyFWCode(const void*, int) { return refuseImage("firmware image"); }
 
-int UpgradeFWCode(const void*, int) { return refuse("writing of a firmware image"); }
+int UpgradeFWCode(const void*, int) { return refuseImage("writing of a firmware image"); }
 
-int cfgAesDecode(void*, int) { return refuse("enciphered configuration archive"); }
+int cfgAesDecode(void*, int) { return refuseImage("enciphered configuration archive"); }
 
-int unpackCFG(const void*, int) { return refuse("configuration archive"); }
+int unpackCFG(const void*, int) { return refuseImage("configuration archive"); }

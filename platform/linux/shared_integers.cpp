@@ -17,7 +17,7 @@
 #include "common/small_file.h"
 #include "platform.h"
 
-static bool isBlank(char letter) { return letter == ' ' || letter == '\t' || letter == '\r' || letter == '\n'; }
+static bool endsWord(char letter) { return letter == ' ' || letter == '\t' || letter == '\r' || letter == '\n'; }
 
 // False when the slot cannot have a file.
 static bool makePath(const char* folder, int slot, char path[PATH_MAX]) {
@@ -30,7 +30,7 @@ int readSharedInteger(const char* folder, int slot, int& value) {
     if (!makePath(folder, slot, path)) return -1;
     ssize_t length = readSmallFile(path, text, sizeof text);
     if (length == sizeof text - 1) return -1;
-    while (length > 0 && isBlank(text[length - 1])) length--;
+    while (length > 0 && endsWord(text[length - 1])) length--;
     int64_t number;
     if (length <= 0 || !parseDecimal(text, static_cast<size_t>(length), INT_MIN, INT_MAX, number)) return -1;
     value = static_cast<int>(number);

@@ -5,8 +5,6 @@
 
 #include "platform.h"
 
-static constexpr char kAdministrators[] = "admin";
-
 // The system's databases are read anew by every query, so there is nothing to make ready.
 int usrInit(int) { return 0; }
 

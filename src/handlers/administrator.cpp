@@ -23,7 +23,7 @@ static void verifyUser(const uint8_t* request, uint8_t* reply) {
     decodeField(user, given.user);
     decodeField(password, given.password);  // decoded by custom, used for nothing
     usrInit(0);
-    bool admin = strcmp(usrGetGroupName(user), "admin") == 0;
+    bool admin = strcmp(usrGetGroupName(user), kAdministrators) == 0;
     view<UserVerificationReply>(reply).user_class = admin ? kAdministrator : kOtherUser;
 }
 

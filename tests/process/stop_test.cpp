@@ -271,7 +271,7 @@ protected:
     }
 };
 
-TEST_F(Commands, StartWithNoSignalBlockedOrIgnored) {
+TEST_F(Commands, StartWithNoneOfTheDaemonsSignalsBlockedOrIgnored) {
     runAll();
     EXPECT_EQ(fake::commandsWithBlockedSignals(), 0);
     EXPECT_EQ(fake::commandsWithIgnoredSignals(), 0);

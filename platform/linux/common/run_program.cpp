@@ -99,14 +99,14 @@ static int exitStatus(pid_t program, int64_t deadline) {
     _exit(0);
 }
 
-struct Output {
+struct Collected {
     char* bytes;
     size_t capacity, length;
 };
 
 // Reads at most `most` bytes, those beyond the capacity too so that the program is not held up. Returns their number,
 // 0 at the end or where reading failed.
-static size_t takeOutput(int descriptor, size_t most, Output& output) {
+static size_t takeOutput(int descriptor, size_t most, Collected& output) {
     char dropped[512];
     size_t room = output.capacity - output.length;
     char* target = room > 0 ? output.bytes + output.length : dropped;
@@ -121,7 +121,7 @@ static size_t takeOutput(int descriptor, size_t most, Output& output) {
 }
 
 // What the pipe holds now and no more: what the program left running may print without end.
-static void takeRest(int descriptor, Output& output) {
+static void takeRest(int descriptor, Collected& output) {
     int left = 0;
     if (ioctl(descriptor, FIONREAD, &left) != 0) return;
     while (left > 0) {
@@ -132,7 +132,7 @@ static void takeRest(int descriptor, Output& output) {
 }
 
 // Takes the output until the program has closed it, or has ended: what it left running can hold it open.
-static void collect(int descriptor, int report, Output& output) {
+static void collect(int descriptor, int report, Collected& output) {
     pollfd ready[] = {
         {report,     POLLIN, 0},
         {descriptor, POLLIN, 0},
@@ -172,7 +172,7 @@ int runProgram(const char* const* arguments, int seconds, char* output, size_t c
     close(reportEnds[1]);
     int status = kStatusUnknown;
     if (runner > 0) {
-        Output collected = {output, capacity - 1, 0};
+        Collected collected = {output, capacity - 1, 0};
         collect(outputEnds[0], reportEnds[0], collected);
         status = readReport(reportEnds[0]);
         length = collected.length;

@@ -10,6 +10,6 @@ constexpr int kStatusUnknown = -1;
 // its process group are killed, whatever they have done with their output; what was printed before stays. The program
 // starts with all signals at their defaults, none blocked, and reads from /dev/null.
 //
-// Returns its exit status, or kStatusUnknown when it did not start or was killed. How the caller treats SIGCHLD does
-// not matter, and none of its signal settings is changed.
+// Returns its exit status, or kStatusUnknown when it did not start, was killed, or ended with 127. How the caller
+// treats SIGCHLD does not matter, and none of its signal settings is changed.
 int runProgram(const char* const* arguments, int seconds, char* output, size_t capacity, size_t& length);

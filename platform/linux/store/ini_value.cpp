@@ -80,27 +80,27 @@ static size_t decodeEscape(Slice value, char& byte) {
     return 3;
 }
 
-struct Output {
+struct Decoded {
     char* text;
     long length;
 };
 
-static bool put(Output& output, char byte) {
+static bool put(Decoded& decoded, char byte) {
     if (byte == '\0') return false;
-    if (output.length < static_cast<long>(kMostText)) output.text[output.length] = byte;
-    output.length++;
+    if (decoded.length < static_cast<long>(kMostText)) decoded.text[decoded.length] = byte;
+    decoded.length++;
     return true;
 }
 
-static bool decodePlain(Slice value, Output& output) {
+static bool decodePlain(Slice value, Decoded& decoded) {
     for (size_t position = 0; position < value.length; position++) {
-        if (!put(output, value.text[position])) return false;
+        if (!put(decoded, value.text[position])) return false;
     }
     return true;
 }
 
 // `value` is what stands between the quotes.
-static bool decodeQuoted(Slice value, Output& output) {
+static bool decodeQuoted(Slice value, Decoded& decoded) {
     for (size_t position = 0; position < value.length; position++) {
         char byte = value.text[position];
         if (byte == '"') return false;
@@ -109,20 +109,20 @@ static bool decodeQuoted(Slice value, Output& output) {
             if (letters == 0) return false;
             position += letters;
         }
-        if (!put(output, byte)) return false;
+        if (!put(decoded, byte)) return false;
     }
     return true;
 }
 
-static bool decode(Slice value, Output& output) {
-    if (value.length == 0 || value.text[0] != '"') return decodePlain(value, output);
+static bool decode(Slice value, Decoded& decoded) {
+    if (value.length == 0 || value.text[0] != '"') return decodePlain(value, decoded);
     if (value.length < 2 || value.text[value.length - 1] != '"') return false;
-    return decodeQuoted({value.text + 1, value.length - 2}, output);
+    return decodeQuoted({value.text + 1, value.length - 2}, decoded);
 }
 
-long iniDecode(Slice value, char text[kMostText + 1]) {
-    Output output = {text, 0};
-    if (!decode(value, output)) return -1;
-    text[output.length < static_cast<long>(kMostText) ? output.length : static_cast<long>(kMostText)] = '\0';
-    return output.length;
+long iniDecode(Slice value, char (&text)[kMostText + 1]) {
+    Decoded decoded = {text, 0};
+    if (!decode(value, decoded)) return -1;
+    text[decoded.length < static_cast<long>(kMostText) ? decoded.length : static_cast<long>(kMostText)] = '\0';
+    return decoded.length;
 }

@@ -13,4 +13,4 @@ void iniEncode(const char* text, char* value);
 
 // Writes at most kMostText bytes and a NUL to `text`. Returns the length of the whole text, which may be more, or -1
 // for a malformed value: a quote that does not end the value, an unknown escape, a NUL byte in whatever form.
-long iniDecode(Slice value, char text[kMostText + 1]);
+long iniDecode(Slice value, char (&text)[kMostText + 1]);

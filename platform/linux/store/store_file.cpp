@@ -81,7 +81,7 @@ static bool isUnchanged(const StoreFolder& folder, const FileState& before) {
 static int copyAttributes(int descriptor, const FileState& before) {
     if (!before.exists) return 0;
     if (before.status.st_uid != geteuid() || before.status.st_gid != getegid()) {
-        (void)!fchown(descriptor, before.status.st_uid, before.status.st_gid);
+        static_cast<void>(!fchown(descriptor, before.status.st_uid, before.status.st_gid));
     }
     return fchmod(descriptor, before.status.st_mode & 07777);
 }

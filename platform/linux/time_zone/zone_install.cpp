@@ -17,11 +17,11 @@
 #include "time_zone/zone_file.h"
 #include "time_zone/zone_text.h"
 
-static constexpr const char* kFile = "localtime";
-static constexpr const char* kText = "TZ";
-static constexpr const char* kNewFile = "localtime.qvp-new";
-static constexpr const char* kNewText = "TZ.qvp-new";
-static constexpr const char* kOldText = "TZ.qvp-old";
+static constexpr char kFile[] = "localtime";
+static constexpr char kText[] = "TZ";
+static constexpr char kNewFile[] = "localtime.qvp-new";
+static constexpr char kNewText[] = "TZ.qvp-new";
+static constexpr char kOldText[] = "TZ.qvp-old";
 
 static constexpr int kMostOldText = 4096;  // more is no time zone's text
 
@@ -87,7 +87,7 @@ static int keepOldText(int folder, bool& hadText) {
         return failed(kText);
     }
     // Only the superuser can give a file away.
-    (void)!fchownat(folder, kOldText, status.st_uid, status.st_gid, AT_SYMLINK_NOFOLLOW);
+    static_cast<void>(!fchownat(folder, kOldText, status.st_uid, status.st_gid, AT_SYMLINK_NOFOLLOW));
     return 0;
 }
 

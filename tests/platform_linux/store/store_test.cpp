@@ -12,6 +12,8 @@ struct ReadRow {
     MaybeText name;  // CAMSYSTEM / CameraName
 };
 
+void PrintTo(const ReadRow& row, std::ostream* out) { *out << row.what; }
+
 class StoreReads : public StoreTest, public testing::WithParamInterface<ReadRow> {};
 
 TEST_P(StoreReads, CameraName) {
@@ -74,6 +76,8 @@ struct WriteRow {
     const char* what;
     std::string before, after;  // the file, when CAMSYSTEM / CameraName becomes "new"
 };
+
+void PrintTo(const WriteRow& row, std::ostream* out) { *out << row.what; }
 
 class StoreWrites : public StoreTest, public testing::WithParamInterface<WriteRow> {};
 

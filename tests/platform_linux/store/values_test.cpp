@@ -137,6 +137,8 @@ struct NumberRow {
     std::optional<uint8_t> flag;
 };
 
+void PrintTo(const NumberRow& row, std::ostream* out) { *out << '"' << row.text << '"'; }
+
 class StoreNumbers : public StoreTest, public testing::WithParamInterface<NumberRow> {};
 
 TEST_P(StoreNumbers, AreWholeAndInRange) {
@@ -208,6 +210,8 @@ TEST_F(StoreTest, GivesNumbersBackUpToTheirLimits) {
 struct QuoteRow {
     std::string text, stored;
 };
+
+void PrintTo(const QuoteRow& row, std::ostream* out) { *out << row.stored; }
 
 class StoreQuotes : public StoreTest, public testing::WithParamInterface<QuoteRow> {};
 
