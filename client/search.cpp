@@ -1,0 +1,111 @@
+#include "client/search.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "client/error.h"
+#include "client/text.h"
+#include "protocol/opcodes.h"
+
+namespace client {
+
+// A broadcast is sent once, without acknowledgement, and many links lose some of them.
+static constexpr int kRounds = 3;
+
+Finder::Finder(Link& link, Search search, std::function<void(const std::string&)> warn)
+    : link_(link),
+      search_(std::move(search)),
+      warn_(std::move(warn)),
+      request_(requestToAll(search_.family, opcode::kDiscovery, randomSequence())) {}
+
+// One interface that cannot send does not stop the search on the others; when none can, nothing is left to wait for.
+void Finder::sendRound(bool isFirst) {
+    size_t failures = 0;
+    for (const Interface& interface : search_.interfaces) {
+        const int error = link_.broadcast(interface, bytesOf(request_));
+        if (error == 0 || !isFirst) continue;
+        const std::string what = "interface " + interface.name + ": cannot send";
+        failures++;
+        if (failures == search_.interfaces.size()) throw localError(what, error);
+        warn_(localError(what, error).what());
+    }
+}
+
+static bool isSame(Mac one, Mac other) { return std::ranges::equal(one.bytes, other.bytes); }
+static bool isSame(Ipv4 one, Ipv4 other) { return std::ranges::equal(one.bytes, other.bytes); }
+
+// A report tells less than a reply, so a reply takes its place.
+void Finder::add(Found camera, const std::function<void(const Found&)>& found) {
+    const auto known = std::ranges::find_if(found_, [&](const Found& other) {
+        return isSame(other.camera.mac, camera.camera.mac) && isSame(other.camera.address, camera.camera.address);
+    });
+    if (known != found_.end() && (known->answered || !camera.answered)) return;
+    if (known != found_.end()) {
+        *known = camera;
+    } else {
+        found_.push_back(camera);
+    }
+    if (camera.answered) found(withShares(camera));
+}
+
+static Camera cameraOf(const Presence& presence) {
+    Camera camera;
+    camera.mac = presence.mac;
+    camera.address = presence.address;
+    camera.netmask = presence.netmask;
+    camera.name = presence.name;
+    camera.product = presence.product;
+    camera.firmware = presence.firmware;
+    camera.hardware = presence.hardware;
+    return camera;
+}
+
+void Finder::take(const Incoming& incoming, const std::function<void(const Found&)>& found) {
+    const auto interface = std::ranges::find(search_.interfaces, incoming.interfaceIndex, &Interface::index);
+    if (interface == search_.interfaces.end()) return;
+    auto camera = answers(incoming.bytes, request_) ? decodeCamera(search_.family, incoming.bytes) : std::nullopt;
+    const bool answered = camera.has_value();
+    if (const auto presence = decodePresence(incoming.bytes)) camera = cameraOf(*presence);
+    if (!camera) return;
+    add({*camera, *interface, answered, isNear(*interface, camera->address), false, false}, found);
+}
+
+bool Finder::isEnough() const {
+    const auto answered = std::ranges::count_if(found_, &Found::answered);
+    const bool areAllThere = search_.expected > 0 && static_cast<size_t>(answered) >= search_.expected;
+    return areAllThere || (search_.isLast && std::ranges::any_of(found_, search_.isLast));
+}
+
+void Finder::run(const std::function<void(const Found&)>& found) {
+    const auto start = link_.now();
+    for (int round = 1; round <= kRounds && !isEnough(); round++) {
+        sendRound(round == 1);
+        const auto end = start + search_.wait * round / kRounds;
+        while (!isEnough()) {
+            const auto incoming = link_.receiveUntil(end);
+            if (!incoming) break;
+            take(*incoming, found);
+        }
+    }
+    for (const Found& camera : found_) {
+        if (!camera.answered) found(withShares(camera));
+    }
+}
+
+Found Finder::withShares(Found one) const {
+    for (const Found& other : found_) {
+        const bool sameMac = isSame(one.camera.mac, other.camera.mac);
+        const bool sameAddress = isSame(one.camera.address, other.camera.address);
+        one.sharesAddress |= sameAddress && !sameMac && isSet(one.camera.address);
+        one.sharesMac |= sameMac && !sameAddress;
+    }
+    return one;
+}
+
+std::vector<Found> Finder::all() const {
+    std::vector<Found> result;
+    for (const Found& one : found_) result.push_back(withShares(one));
+    return result;
+}
+
+}  // namespace client

@@ -1,0 +1,176 @@
+#include "client/session/session.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "client/commands/supported.h"
+#include "client/error.h"
+#include "client/outcome.h"
+#include "client/text.h"
+#include "protocol/administrator.h"
+#include "protocol/alert_info.h"
+#include "protocol/network_adv.h"
+#include "protocol/opcodes.h"
+#include "protocol/setting_reply.h"
+#include "protocol/site_survey.h"
+#include "protocol/supported_functions.h"
+#include "protocol/system_datetime.h"
+#include "protocol/wifi.h"
+
+namespace client {
+
+Session::Session(Link& link, Conversation conversation, Login login)
+    : link_(link), conversation_(std::move(conversation)), login_(std::move(login)) {}
+
+Reply Session::ask(uint16_t opcode, std::vector<uint8_t> request, size_t replyLength) {
+    auto reply = conversation_.ask(opcode, std::move(request), replyLength);
+    if (!reply) {
+        throw Error(ErrorKind::NotFound, "camera " + macText(target().mac) +
+                                             " does not answer: it may be off, on another "
+                                             "network, or its answers go to a gateway of its own");
+    }
+    checkOutcome(*reply);
+    return *reply;
+}
+
+Camera Session::identify() {
+    const Family family = conversation_.family();
+    const Reply reply = ask(opcode::kDiscovery, std::vector<uint8_t>(sizeof(PacketHeader)), discoveryLength(family));
+    const auto camera = decodeCamera(family, reply);
+    conversation_.moveTo(camera->address);
+    return *camera;
+}
+
+void Session::readGroup(Group group, CameraState& state) {
+    const std::vector<uint8_t> request = protectedRequest(login_);
+    switch (group) {
+        case Group::Services:
+            state.services = decodeNetworkServices(ask(opcode::kGetNetworkAdv, request, sizeof(NetworkAdvReply)));
+            return;
+        case Group::Clock:
+            state.clock = decodeClock(ask(opcode::kGetDatetime, request, sizeof(DatetimeReply)));
+            return;
+        case Group::Wifi:
+            state.wifi = decodeWifi(ask(opcode::kGetWifi, request, sizeof(WifiReply)));
+            return;
+        case Group::Password:
+        case Group::Basic:
+            return;  // what can be known of it stands in the discovery reply
+    }
+}
+
+CameraState Session::read(std::span<const Group> groups) {
+    CameraState state;
+    state.camera = identify();
+    for (const Group group : groups) readGroup(group, state);
+    return state;
+}
+
+void Session::sendGroup(Group group, const GroupRequest& request, const CameraState& wanted, const Watch& watch) {
+    const Reply reply = ask(request.opcode, request.bytes, sizeof(SettingReply));
+    watch({Progress::Step::Sent, group, std::chrono::seconds(0)});
+    if (group == Group::Password) login_.password = *wanted.password;
+    const auto away = std::max(factsOf(group).away, std::chrono::ceil<std::chrono::seconds>(timeAway(reply)));
+    if (away.count() > 0) awaitGroup(group, away, wanted, watch);
+}
+
+// A camera may answer once more from its old address before it moves.
+static bool isWhereWanted(const Camera& camera, const Camera& wanted) {
+    return wanted.dhcp || std::ranges::equal(camera.address.bytes, wanted.address.bytes);
+}
+
+void Session::awaitGroup(Group group, std::chrono::seconds away, const CameraState& wanted, const Watch& watch) {
+    if (group == Group::Basic && !wanted.camera.dhcp) conversation_.moveTo(wanted.camera.address);
+    watch({Progress::Step::Away, group, away});
+    const auto isBack = [&](const Camera& camera) {
+        return group != Group::Basic || isWhereWanted(camera, wanted.camera);
+    };
+    if (!awaitReturn(3 * away, isBack)) {
+        throw Error(ErrorKind::Unverified, "the camera was sent the change but has not come back with it within " +
+                                               std::to_string((3 * away).count()) + " s");
+    }
+    watch({Progress::Step::Back, group, std::chrono::seconds(0)});
+}
+
+// All are encoded before the first is sent, so that a value that will not do stops the whole.
+void Session::apply(const CameraState& state, const CameraState& wanted, const Watch& watch) {
+    const std::vector<Group> groups = changedGroups(state, wanted);
+    for (const Group group : groups) encodeGroup(group, state, wanted, login_);
+    for (const Group group : groups) sendGroup(group, encodeGroup(group, state, wanted, login_), wanted, watch);
+}
+
+void Session::applyUnheard(const CameraState& state, const CameraState& wanted, const Watch& watch) {
+    const GroupRequest request = encodeGroup(Group::Basic, state, wanted, login_);
+    if (const auto reply = conversation_.ask(request.opcode, request.bytes, sizeof(SettingReply))) {
+        checkOutcome(*reply);
+        watch({Progress::Step::Sent, Group::Basic, std::chrono::seconds(0)});
+    }
+    awaitGroup(Group::Basic, factsOf(Group::Basic).away, wanted, watch);
+}
+
+static std::vector<Group> groupsOf(std::span<const Assignment> assignments) {
+    std::vector<Group> groups;
+    for (const Assignment& assignment : assignments) {
+        if (std::ranges::find(groups, assignment.setting->group) == groups.end()) {
+            groups.push_back(assignment.setting->group);
+        }
+    }
+    return groups;
+}
+
+// A time runs on, and an address that the network gives is the network's to choose.
+static bool canBeCompared(const Setting& setting) {
+    return std::string_view(setting.key) != "time.now" && setting.group != Group::Password;
+}
+
+std::vector<std::string> Session::verify(const CameraState& wanted, std::span<const Assignment> assignments) {
+    const CameraState state = read(groupsOf(assignments));
+    std::vector<std::string> different;
+    for (const Assignment& assignment : assignments) {
+        const Setting& setting = *assignment.setting;
+        if (setting.group == Group::Password) checkLogin();
+        if (canBeCompared(setting) && !isSame(setting, state, wanted)) different.emplace_back(setting.key);
+    }
+    return different;
+}
+
+UserClass Session::checkLogin() {
+    return decodeUserClass(ask(opcode::kUserVerification, protectedRequest(login_), sizeof(UserVerificationReply)));
+}
+
+std::chrono::milliseconds Session::request(uint16_t opcode) {
+    return timeAway(ask(opcode, protectedRequest(login_), sizeof(SettingReply)));
+}
+
+Survey Session::fetchSurvey() {
+    return decodeSurvey(ask(opcode::kSiteSurvey, protectedRequest(login_), sizeof(SiteListReply)));
+}
+
+std::vector<uint16_t> Session::supported() {
+    const std::vector<uint8_t> request(sizeof(PacketHeader));
+    return decodeSupported(ask(opcode::kQuerySupport, request, sizeof(SupportedFunctionsReply)));
+}
+
+void Session::askAlert() {
+    ask(opcode::kAlertInfo, std::vector<uint8_t>(sizeof(PacketHeader)), sizeof(AlertInfoReply));
+}
+
+// Silence, and a network that comes and goes with the camera, are what is waited out here.
+bool Session::isBackNow(const IsBack& isBack) try { return isBack(identify()); } catch (const Error& error) {
+    if (error.kind() != ErrorKind::NotFound && error.kind() != ErrorKind::Local) throw;
+    return false;
+}
+
+void Session::pause() {
+    const auto end = link_.now() + std::chrono::milliseconds(200);
+    while (link_.receiveUntil(end)) continue;
+}
+
+bool Session::awaitReturn(std::chrono::seconds patience, const IsBack& isBack) {
+    for (const auto deadline = link_.now() + patience; link_.now() < deadline; pause()) {
+        if (isBackNow(isBack)) return true;
+    }
+    return false;
+}
+
+}  // namespace client

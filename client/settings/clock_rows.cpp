@@ -1,0 +1,111 @@
+// The clock.
+#include <algorithm>
+#include <cstdio>
+
+#include "client/settings/rows.h"
+#include "client/text.h"
+#include "client/time_zones.h"
+
+namespace client {
+
+static std::string getZone(const CameraState& state) {
+    const uint16_t id = state.clock->timezone;
+    const TimeZone* zone = findTimeZone(id);
+    return zone != nullptr ? zone->name : id == 0 ? "unknown" : std::to_string(id);
+}
+
+static void setZone(CameraState& wanted, const std::string& text) {
+    if (const TimeZone* zone = parseTimeZone(text)) {
+        wanted.clock->timezone = zone->id;
+        return;
+    }
+    throw badValue("is no time zone that cameras know; 'qvpctl help time-zones' lists them");
+}
+
+static std::string getDaylightSaving(const CameraState& state) { return onOff(state.clock->daylightSaving); }
+
+static void setDaylightSaving(CameraState& wanted, const std::string& text) {
+    wanted.clock->daylightSaving = parseOnOff(text);
+}
+
+static std::string getNtp(const CameraState& state) { return state.clock->ntp ? state.clock->ntpServer : "off"; }
+
+static void setNtp(CameraState& wanted, const std::string& text) {
+    wanted.clock->ntp = text != "off";
+    if (text == "off") return;
+    if (text.empty()) throw badValue("must be a server's name or address, or 'off'");
+    checkLength(text, kLongestNtpServer);
+    wanted.clock->ntpServer = text;
+}
+
+static std::string getNow(const CameraState& state) { return state.clock->localTime.value_or(""); }
+
+// "2026-01-31T10:20:30", with a blank for the T, or without the seconds.
+static std::string digitsOf(const std::string& text) {
+    constexpr std::string_view kForm = "0000-00-00T00:00:00";
+    std::string full = text.size() == kForm.size() - 3 ? text + ":01" : text;
+    if (full.size() == kForm.size() && full[10] == ' ') full[10] = 'T';
+    std::string digits;
+    for (size_t i = 0; i < kForm.size(); i++) {
+        const bool isDigit = i < full.size() && full[i] >= '0' && full[i] <= '9';
+        const bool fits = full.size() == kForm.size() && (kForm[i] == '0' ? isDigit : full[i] == kForm[i]);
+        if (!fits) throw badValue("must be 'now', or a time such as 2026-01-31T10:20:30");
+        if (isDigit) digits += full[i];
+    }
+    return digits;
+}
+
+static bool isBetween(int number, int lowest, int highest) { return number >= lowest && number <= highest; }
+
+void checkTimeToSet(const std::string& digits) {
+    int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;
+    sscanf(digits.c_str(), "%4d%2d%2d%2d%2d%2d", &year, &month, &day, &hour, &minute, &second);
+    if (!isBetween(year, 1970, 2100)) throw badValue("has a year outside 1970 to 2100");
+    if (!isBetween(month, 1, 12) || !isBetween(day, 1, 31)) throw badValue("is no date");
+    if (!isBetween(hour, 0, 23) || !isBetween(minute, 0, 59) || !isBetween(second, 0, 59)) throw badValue("is no time");
+    if (hour != 0 && minute != 0 && second != 0) return;
+    char nearest[64];
+    snprintf(nearest, sizeof nearest, "%02d:%02d:%02d", std::max(hour, 1), std::max(minute, 1), std::max(second, 1));
+    throw badValue(std::string("has an hour, minute or second of 0, which cameras refuse; the nearest is ") + nearest);
+}
+
+static void setNow(CameraState& wanted, const std::string& text) {
+    wanted.timeToSet = text == "now" ? text : digitsOf(text);
+    if (text != "now") checkTimeToSet(wanted.timeToSet);
+    wanted.clock->localTime = text == "now" ? text : isoTime(wanted.timeToSet);
+}
+
+static constexpr Setting kRows[] = {
+    {.key = "time.zone",
+     .group = Group::Clock,
+     .summary = "its time zone",
+     .values = "a name such as Europe/Berlin, or a number",
+     .quirk = "",
+     .get = getZone,
+     .set = setZone          },
+    {.key = "time.daylight-saving",
+     .group = Group::Clock,
+     .summary = "whether it follows daylight saving time",
+     .values = "on or off",
+     .quirk = "",
+     .get = getDaylightSaving,
+     .set = setDaylightSaving},
+    {.key = "time.ntp",
+     .group = Group::Clock,
+     .summary = "the time server it follows",
+     .values = "a name or address of at most 63 bytes, or off",
+     .quirk = "the camera is busy for 8 s after the change",
+     .get = getNtp,
+     .set = setNtp           },
+    {.key = "time.now",
+     .group = Group::Clock,
+     .summary = "its local time",
+     .values = "now (this machine's time), or such as 2026-01-31T10:20:30",
+     .quirk = "cameras take no time whose hour, minute or second is 0, so none in the hour after midnight",
+     .get = getNow,
+     .set = setNow           },
+};
+
+std::span<const Setting> clockRows() { return kRows; }
+
+}  // namespace client
