@@ -4,21 +4,18 @@
 #include <functional>
 #include <span>
 
-namespace CLI {
-class App;
-}
+#include "qvpctl/options.h"
 
-using Work = std::function<int()>;  // returns an ExitCode; throws Failure
+using Work = std::function<int()>;  // returns an ExitCode; throws client::Error
 
 struct Subcommand {
     const char* name;
-    const char* summary;             // one line
-    const char* examples;            // shown first in its help; lines indented by two blanks
-    Work (*prepare)(CLI::App& app);  // the options live as long as the work that is returned
+    const char* summary;   // one line
+    const char* examples;  // shown first in its help; lines indented by two blanks
+    // The options live as long as the work that is returned; those that every command has are there already.
+    Work (*prepare)(CLI::App& app, const CommonOptions& common);
 };
 
-extern const Subcommand kDiscover;
-extern const Subcommand kWatch;
-
-// Reads the command line and does what it asks; every error ends as one line on standard error. Returns the exit code.
+// Reads the command line and does what it asks, the help listing the commands in that order; every error ends as one
+// line on standard error. Returns the exit code.
 int runTool(std::span<const Subcommand* const> commands, int argc, char** argv);

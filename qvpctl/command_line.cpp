@@ -1,19 +1,20 @@
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <cstring>
 #include <iostream>
 
 #include "qvpctl/command.h"
-#include "qvpctl/failure.h"
-#include "qvpctl/text.h"
+#include "qvpctl/exit_code.h"
+#include "qvpctl/output.h"
+#include "qvpctl/terminal_text.h"
+#include "qvpctl/tool.h"
 
 static const char kExamples[] =
-    "  qvpctl discover              find every camera on the networks of this machine\n"
-    "  qvpctl discover -i eth0      look on one interface only\n"
-    "  qvpctl watch                 show cameras as they report themselves\n";
-
-static const char kExitCodes[] =
-    "Exit status: 0 done; 1 no camera answered; 2 wrong usage; 3 system error (no such interface, no permission...)";
+    "  qvpctl discover                                   find every camera on the networks of this machine\n"
+    "  qvpctl show 'Front door'                          everything about one of them\n"
+    "  qvpctl set 02:00:5e:10:00:01 name='Front door'    set one up\n"
+    "  qvpctl scan 'Front door'                          the wireless networks it sees\n";
 
 // A help page that opens with examples, where most readers stop.
 class ExamplesFirst : public CLI::Formatter {
@@ -28,46 +29,81 @@ private:
     const char* examples_;
 };
 
-Failure systemFailure(const std::string& what, int error) {
-    return Failure(kSystemError, what + ": " + strerror(error));
-}
-
-static void addSubcommand(CLI::App& tool, const Subcommand& command, Work& chosen) {
+static void addSubcommand(CLI::App& tool, const Subcommand& command, CommonOptions& common, Work& chosen) {
     CLI::App* app = tool.add_subcommand(command.name, command.summary);
     app->formatter(std::make_shared<ExamplesFirst>(command.examples));
-    app->callback([work = command.prepare(*app), &chosen] { chosen = work; });
+    const Work work = command.prepare(*app, common);
+    addCommonOptions(*app, common);
+    app->callback([work, &chosen] { chosen = work; });
 }
 
-static int reportUsage(const CLI::App& tool, const CLI::ParseError& error) {
-    const auto commands = tool.get_subcommands();
-    const auto unknown = tool.remaining();
-    const std::string help = commands.empty() ? "qvpctl --help" : "qvpctl " + commands[0]->get_name() + " --help";
-    std::string what = error.what();
-    if (commands.empty()) {
-        what = unknown.empty() ? "a command is needed" : "no such command: " + printable(unknown[0]);
+static void reportAsJson(const char* code, const std::string& message) {
+    std::cerr << jsonLine({
+        {"error", {{"code", code}, {"message", message}}}
+    });
+}
+
+static int reportError(const client::Error& error, bool json) {
+    if (json) {
+        reportAsJson(stableName(error.kind()), error.what());
+    } else {
+        std::cerr << "qvpctl: " << error.what() << "\n";
     }
-    std::cerr << "qvpctl: " << what << "\nTry '" << help << "'.\n";
-    return kUsageError;
+    return exitCodeOf(error.kind());
+}
+
+// An argument too many may be a secret that lost its option, so only the names of options are shown.
+static std::string extraText(const std::vector<std::string>& extras) {
+    for (const std::string& extra : extras) {
+        if (extra.starts_with("-")) return "no such option: " + printable(extra.substr(0, extra.find('=')));
+    }
+    return extras.size() == 1 ? "there is an argument too many" : "there are arguments too many";
+}
+
+static std::string usageText(const CLI::App& tool, const CLI::ParseError& error) {
+    const auto commands = tool.get_subcommands();
+    const auto extras = tool.remaining(true);
+    const bool isExtra = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError);
+    if (!commands.empty()) return isExtra ? extraText(extras) : error.what();
+    if (extras.empty()) return "a command is needed";
+    const bool isOption = extras[0].starts_with("-");
+    return isOption ? extraText(extras) : "no such command: " + printable(extras[0]);
+}
+
+static int reportUsage(const CLI::App& tool, const CLI::ParseError& error, bool json) {
+    const auto commands = tool.get_subcommands();
+    const std::string help = commands.empty() ? "qvpctl --help" : "qvpctl " + commands[0]->get_name() + " --help";
+    const std::string what = usageText(tool, error);
+    if (json) {
+        reportAsJson("usage", what);
+    } else {
+        std::cerr << "qvpctl: " << what << "\nTry '" << help << "'.\n";
+    }
+    return kUsage;
+}
+
+// The command line did not make sense, so the options were not taken over.
+static bool isJsonAsked(int argc, char** argv) {
+    return std::any_of(argv, argv + argc, [](const char* argument) { return strcmp(argument, "--json") == 0; });
 }
 
 int runTool(std::span<const Subcommand* const> commands, int argc, char** argv) {
-    CLI::App tool("Finds cameras on the local network and shows what they say of themselves.", "qvpctl");
+    CLI::App tool("Finds cameras on the local network and sets them up.", "qvpctl");
     tool.formatter(std::make_shared<ExamplesFirst>(kExamples));
-    tool.footer(kExitCodes);
+    tool.footer(exitStatusHelp());
     tool.set_version_flag("--version", "qvpctl " QVPCTL_VERSION, "Print the version and exit");
     tool.require_subcommand(1);
+    CommonOptions common;
     Work chosen;
-    for (const Subcommand* command : commands) {
-        addSubcommand(tool, *command, chosen);
-    }
+    for (const Subcommand* command : commands) addSubcommand(tool, *command, common, chosen);
     try {
         tool.parse(argc, argv);
+        if (common.json) sayInJson();
         return chosen();
     } catch (const CLI::ParseError& error) {
         const bool isHelp = error.get_exit_code() == 0;
-        return isHelp ? tool.exit(error) : reportUsage(tool, error);
-    } catch (const Failure& failure) {
-        std::cerr << "qvpctl: " << failure.what() << "\n";
-        return failure.code();
+        return isHelp ? tool.exit(error) : reportUsage(tool, error, isJsonAsked(argc, argv));
+    } catch (const client::Error& error) {
+        return reportError(error, common.json);
     }
 }

@@ -1,11 +1,10 @@
 // qvpctl: finds cameras on the local network and sets them up.
-#include "qvpctl/command.h"
-#include "qvpctl/text.h"
+#include "qvpctl/commands.h"
+#include "qvpctl/terminal_text.h"
 
-// In the order the help lists them.
 static const Subcommand* const kSubcommands[] = {
-    &kDiscover,
-    &kWatch,
+    &kDiscover, &kWatch,  &kShow,         &kGet,    &kSet,       &kPasswd, &kVerify,
+    &kScan,     &kReboot, &kFactoryReset, &kCommit, &kSupported, &kAlert,  &kHelp,
 };
 
 int main(int argc, char** argv) {

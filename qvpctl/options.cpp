@@ -2,21 +2,62 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cmath>
+#include <map>
+
 static std::string checkNotEmpty(const std::string& text) { return text.empty() ? "must not be empty" : ""; }
 
-void addInterface(CLI::App& app, std::string& name, const char* help) {
-    app.add_option("-i,--interface", name, help)->type_name("NAME")->check(checkNotEmpty);
+std::chrono::milliseconds CommonOptions::wait() const { return std::chrono::milliseconds(llround(waitSeconds * 1000)); }
+
+void addCommonOptions(CLI::App& app, CommonOptions& options) {
+    const std::map<std::string, client::Family> families = {
+        {"primary", client::Family::Primary},
+        {"landap",  client::Family::Landap }
+    };
+    const auto add = [&](const char* names, auto& value, const char* help, const char* type) {
+        return app.add_option(names, value, help)->type_name(type)->group("Options of every command");
+    };
+    add("-i,--interface", options.interface, "Use this interface only, loopback too if named", "NAME")
+        ->check(checkNotEmpty);
+    add("-w,--wait", options.waitSeconds, "How long to take answers to each request (default 2)", "SECONDS")
+        ->check(checkSeconds);
+    add("--retries", options.retries, "How often to ask again (default 2)", "N")->check(CLI::Range(0, 100));
+    add("--family", options.family, "Command family: primary (default) or landap", "NAME")
+        ->transform(CLI::CheckedTransformer(families, CLI::ignore_case).description(""));
+    add("--user", options.user, "Administrator (default $QVPCTL_USER, else admin)", "NAME");
+    add("--password-file", options.passwordFile,
+        "File whose first line is the password (default $QVPCTL_PASSWORD, else a prompt)", "FILE");
+    app.add_flag("--json", options.json, "Print JSON, one object a line")->group("Options of every command");
 }
 
-void addJson(CLI::App& app, bool& json, const char* help) { app.add_flag("--json", json, help); }
+void addCamera(CLI::App& app, std::string& camera) {
+    app.add_option("CAMERA", camera, "MAC, address or name")->required()->type_name("");
+}
 
-void addSeconds(CLI::App& app, const char* names, double& seconds, const char* help) {
-    app.add_option(names, seconds, help)->type_name("SECONDS")->check(checkSeconds);
+void addWords(CLI::App& app, const char* name, std::vector<std::string>& words, const char* help) {
+    app.add_option(name, words, help)->type_name("");
+}
+
+void addNeededWords(CLI::App& app, const char* name, std::vector<std::string>& words, const char* help) {
+    app.add_option(name, words, help)->required()->type_name("");
+}
+
+void addChoice(CLI::App& app, const char* name, std::string& word, const std::vector<std::string>& words,
+               const char* help) {
+    app.add_option(name, word, help)->required()->type_name("")->check(CLI::IsMember(words).description(""));
+}
+
+void addText(CLI::App& app, const char* names, std::string& text, const char* type, const char* help) {
+    app.add_option(names, text, help)->type_name(type);
 }
 
 void addCount(CLI::App& app, const char* names, uint32_t& count, const char* help) {
     app.add_option(names, count, help)->type_name("N")->check(checkCount);
 }
+
+void addFlag(CLI::App& app, const char* names, bool& flag, const char* help) { app.add_flag(names, flag, help); }
+
+void addFooter(CLI::App& app, std::function<std::string()> text) { app.footer(std::move(text)); }
 
 std::string checkSeconds(const std::string& text) {
     double seconds = 0;

@@ -1,17 +1,46 @@
 // The options of the commands. Only this part and the command line know CLI11, whose header costs a compiler seconds.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
+#include <functional>
 #include <string>
+#include <vector>
+
+#include "client/request.h"
 
 namespace CLI {
 class App;
 }
 
-void addInterface(CLI::App& app, std::string& name, const char* help);
-void addJson(CLI::App& app, bool& json, const char* help);
-void addSeconds(CLI::App& app, const char* names, double& seconds, const char* help);
+// Those that every command takes behind its name.
+struct CommonOptions {
+    std::string interface;  // empty: every one that can broadcast
+    client::Family family = client::Family::Primary;
+    double waitSeconds = 2;
+    unsigned retries = 2;
+    std::string user;          // empty: of the environment, else "admin"
+    std::string passwordFile;  // empty: of the environment, else asked for
+    bool json = false;
+
+    std::chrono::milliseconds wait() const;
+};
+
+void addCommonOptions(CLI::App& app, CommonOptions& options);
+
+// What stands behind the name without a dash: CAMERA, and words of a command's own.
+void addCamera(CLI::App& app, std::string& camera);
+void addWords(CLI::App& app, const char* name, std::vector<std::string>& words, const char* help);
+void addNeededWords(CLI::App& app, const char* name, std::vector<std::string>& words, const char* help);
+void addChoice(CLI::App& app, const char* name, std::string& word, const std::vector<std::string>& words,
+               const char* help);
+
+void addText(CLI::App& app, const char* names, std::string& text, const char* type, const char* help);
 void addCount(CLI::App& app, const char* names, uint32_t& count, const char* help);
+void addFlag(CLI::App& app, const char* names, bool& flag, const char* help);
+
+// Text at the end of the help page, made when it is shown.
+void addFooter(CLI::App& app, std::function<std::string()> text);
 
 // Checks in CLI11's form: what is wrong with the text, or "".
 std::string checkSeconds(const std::string& text);  // 0.1 to 3600

@@ -6,20 +6,20 @@
 #include <string>
 #include <vector>
 
-#include "qvpctl/failure.h"
-#include "qvpctl/text.h"
+#include "client/error.h"
+#include "qvpctl/terminal_text.h"
 
 using Row = std::vector<std::string>;
 
 static void flush(std::ostream& stream) {
     errno = 0;
     if (!stream.flush()) {
-        throw systemFailure("cannot write the output", errno != 0 ? errno : EIO);
+        throw client::localError("cannot write the output", errno != 0 ? errno : EIO);
     }
 }
 
 static std::string cellText(const Record& value) {
-    const std::string text = value.is_string() ? printable(value.get<std::string>()) : value.dump();
+    const std::string text = value.is_string() ? printableCell(value.get<std::string>()) : value.dump();
     return value.is_null() || text.empty() ? "-" : text;
 }
 
@@ -47,12 +47,16 @@ static void printRow(std::ostream& stream, const Row& row, const std::vector<siz
     stream << row.back() << '\n';
 }
 
+std::string jsonLine(const Record& record) {
+    return record.dump(-1, ' ', true, Record::error_handler_t::replace) + "\n";
+}
+
 class JsonLines : public Output {
 public:
     explicit JsonLines(std::ostream& stream) : stream_(stream) {}
 
     void add(const Record& record) override {
-        stream_ << record.dump(-1, ' ', true, Record::error_handler_t::replace) << '\n';
+        stream_ << jsonLine(record);
         flush(stream_);
     }
 
@@ -71,10 +75,9 @@ public:
         if (records_.empty()) {
             return;
         }
-        std::stable_sort(records_.begin(), records_.end(), [this](const Record& a, const Record& b) {
-            return strverscmp(sortText(a).c_str(), sortText(b).c_str()) < 0;
-        });
-        std::vector<Row> rows = {headings(columns_)};
+        if (sortKey_ != nullptr) sort();
+        std::vector<Row> rows;
+        if (*columns_.front().heading != '\0') rows.push_back(headings(columns_));
         for (const Record& record : records_) {
             rows.push_back(cells(columns_, record));
         }
@@ -88,6 +91,12 @@ public:
 private:
     const std::string& sortText(const Record& record) const {
         return record.at(sortKey_).get_ref<const std::string&>();
+    }
+
+    void sort() {
+        std::stable_sort(records_.begin(), records_.end(), [this](const Record& a, const Record& b) {
+            return strverscmp(sortText(a).c_str(), sortText(b).c_str()) < 0;
+        });
     }
 
     std::vector<size_t> columnWidths(const std::vector<Row>& rows) const {
@@ -104,6 +113,55 @@ private:
     std::span<const Column> columns_;
     const char* sortKey_;
     std::vector<Record> records_;
+};
+
+// A cell with a comma, a semicolon or a quote stands in quotes, with its own quotes doubled. A text that a spreadsheet
+// would take for a formula has an apostrophe in front, which makes it a text.
+static std::string csvCell(const Record& value) {
+    std::string text = value.is_string() ? printable(value.get<std::string>()) : value.is_null() ? "" : value.dump();
+    if (value.is_string() && !text.empty() && std::string_view("=+-@").find(text[0]) != std::string_view::npos) {
+        text = std::string(1, '\'').append(text);
+    }
+    if (text.find_first_of(",;\"") == text.npos) return text;
+    std::string quoted = "\"";
+    for (const char letter : text) quoted += letter == '"' ? std::string("\"\"") : std::string(1, letter);
+    return quoted + "\"";
+}
+
+class Csv : public Output {
+public:
+    Csv(std::ostream& stream, std::span<const Column> columns) : stream_(stream), columns_(columns) {
+        for (const Column& column : columns_) stream_ << (&column == columns_.data() ? "" : ",") << column.key;
+        stream_ << "\r\n";
+        flush(stream_);
+    }
+
+    void add(const Record& record) override {
+        for (const Column& column : columns_) {
+            stream_ << (&column == columns_.data() ? "" : ",") << csvCell(record.at(column.key));
+        }
+        stream_ << "\r\n";
+        flush(stream_);
+    }
+
+private:
+    std::ostream& stream_;
+    std::span<const Column> columns_;
+};
+
+class PlainValues : public Output {
+public:
+    PlainValues(std::ostream& stream, const char* key) : stream_(stream), key_(key) {}
+
+    void add(const Record& record) override {
+        const Record& value = record.at(key_);
+        if (!value.is_null()) stream_ << printable(value.is_string() ? value.get<std::string>() : value.dump()) << '\n';
+        flush(stream_);
+    }
+
+private:
+    std::ostream& stream_;
+    const char* key_;
 };
 
 class LiveTable : public Output {
@@ -131,6 +189,18 @@ std::unique_ptr<Output> jsonLines(std::ostream& stream) { return std::make_uniqu
 
 std::unique_ptr<Output> sortedTable(std::ostream& stream, std::span<const Column> columns, const char* sortKey) {
     return std::make_unique<SortedTable>(stream, columns, sortKey);
+}
+
+std::unique_ptr<Output> table(std::ostream& stream, std::span<const Column> columns) {
+    return std::make_unique<SortedTable>(stream, columns, nullptr);
+}
+
+std::unique_ptr<Output> csv(std::ostream& stream, std::span<const Column> columns) {
+    return std::make_unique<Csv>(stream, columns);
+}
+
+std::unique_ptr<Output> plainValues(std::ostream& stream, const char* key) {
+    return std::make_unique<PlainValues>(stream, key);
 }
 
 std::unique_ptr<Output> liveTable(std::ostream& stream, std::span<const Column> columns) {

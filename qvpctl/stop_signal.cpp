@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <csignal>
 
-#include "qvpctl/failure.h"
+#include "client/error.h"
 
 StopSignal::StopSignal() {
     sigset_t signals;
@@ -17,7 +17,7 @@ StopSignal::StopSignal() {
     sigprocmask(SIG_BLOCK, &signals, nullptr);
     descriptor_ = signalfd(-1, &signals, SFD_CLOEXEC);
     if (descriptor_ < 0) {
-        throw systemFailure("cannot wait for signals", errno);
+        throw client::localError("cannot wait for signals", errno);
     }
 }
 

@@ -1,15 +1,12 @@
 // qvpctl watch: shows the presence reports that cameras broadcast unasked.
-#include <poll.h>
-
-#include <cerrno>
 #include <iostream>
+#include <memory>
 
-#include "qvpctl/command.h"
-#include "qvpctl/failure.h"
-#include "qvpctl/options.h"
-#include "qvpctl/presence.h"
-#include "qvpctl/stop_signal.h"
-#include "qvpctl/udp_socket.h"
+#include "client/presence.h"
+#include "qvpctl/commands.h"
+#include "qvpctl/exit_code.h"
+#include "qvpctl/records.h"
+#include "qvpctl/tool.h"
 
 static const char kExamples[] =
     "  qvpctl watch                     every report on every interface, until Ctrl-C\n"
@@ -27,54 +24,31 @@ static const Column kColumns[] = {
 };
 
 struct WatchOptions {
-    std::string interface;
     uint32_t count = 0;  // 0: no end
-    bool json = false;
 };
 
-// False when the user wants to stop.
-static bool waitForDatagram(const UdpSocket& socket, const StopSignal& stop) {
-    pollfd ready[] = {
-        {socket.descriptor(), POLLIN, 0},
-        {stop.descriptor(),   POLLIN, 0}
-    };
-    if (poll(ready, 2, -1) < 0 && errno != EINTR) {
-        throw systemFailure("cannot wait for a datagram", errno);
-    }
-    return ready[1].revents == 0;
-}
-
-static int watch(const WatchOptions& options) {
-    const unsigned wanted = options.interface.empty() ? 0 : interfaceIndex(options.interface);
-    const UdpSocket socket = UdpSocket::forBroadcasts(kPort);
+static int watch(const WatchOptions& options, const CommonOptions& common) {
+    const unsigned wanted = common.interface.empty() ? 0 : client::interfaceIndex(common.interface);
     const StopSignal stop;
-    const auto output = options.json ? jsonLines(std::cout) : liveTable(std::cout, kColumns);
+    client::UdpLink link(client::UdpLink::Hears::RepliesAndReports, stop.descriptor());
+    const auto output = common.json ? jsonLines(std::cout) : liveTable(std::cout, kColumns);
     uint32_t seen = 0;
-    while (waitForDatagram(socket, stop)) {
-        const auto datagram = socket.receive();
-        if (!datagram || (wanted != 0 && datagram->interfaceIndex != wanted)) {
-            continue;
-        }
-        auto presence = decodePresence(datagram->bytes());
-        if (!presence) {
-            continue;
-        }
-        presence->interface = interfaceName(datagram->interfaceIndex);
-        output->add(recordOf(*presence, time(nullptr)));
-        if (++seen == options.count) {
-            break;
-        }
+    while (!link.isStopped() && (options.count == 0 || seen < options.count)) {
+        const auto incoming = link.receiveUntil(link.now() + std::chrono::hours(1));
+        if (!incoming || (wanted != 0 && incoming->interfaceIndex != wanted)) continue;
+        const auto presence = client::decodePresence(incoming->bytes);
+        if (!presence) continue;
+        output->add(recordOf(*presence, client::interfaceName(incoming->interfaceIndex), time(nullptr)));
+        seen++;
     }
     output->finish();
     return kSuccess;
 }
 
-static Work prepare(CLI::App& app) {
+static Work prepare(CLI::App& app, const CommonOptions& common) {
     const auto options = std::make_shared<WatchOptions>();
-    addInterface(app, options->interface, "Show what comes in on this interface only");
     addCount(app, "-n,--count", options->count, "End after this many reports");
-    addJson(app, options->json, "Print one JSON object a line");
-    return [options] { return watch(*options); };
+    return [options, &common] { return watch(*options, common); };
 }
 
 const Subcommand kWatch = {"watch", "Show cameras as they report themselves.", kExamples, prepare};

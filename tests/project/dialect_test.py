@@ -6,7 +6,7 @@ import pathlib
 import re
 import sys
 
-FOLDERS = ["protocol", "src", "platform", "qvpctl"]
+FOLDERS = ["protocol", "src", "platform", "client", "qvpctl"]
 STEP = r"(?:\+\+|--)[\w.>\[\]-]+"
 PREFIX = re.compile(rf"(?:^\s*|[;{{}}]\s*|\)\s+){STEP}\s*[;,)]|;[^;]*,\s*{STEP}\s*\)")
 

@@ -10,6 +10,7 @@ import sys
 
 LINUX = "platform/linux"
 BELOW_COMMANDS = {"src/util", "src/camera", "src/system", "protocol", "platform"}
+CLIENT = {"client", "client/commands", "client/settings", "client/session"}
 MAY_INCLUDE = {
     "protocol": set(),
     "platform": set(),
@@ -26,8 +27,12 @@ MAY_INCLUDE = {
     "src/handlers": BELOW_COMMANDS,
     "src/landap": {"src/handlers", "src/util", "src/camera"},
     "src/service": {"src/handlers", "src/landap", "src/upgrade"} | BELOW_COMMANDS,
-    "qvpctl": {"protocol"},
-    "qvpctl/commands": {"qvpctl", "protocol"},
+    "client": {"protocol"},
+    "client/commands": {"client", "protocol"},
+    "client/settings": {"client", "client/commands", "protocol"},
+    "client/session": {"client", "client/commands", "client/settings", "protocol"},
+    "qvpctl": CLIENT | {"protocol"},
+    "qvpctl/commands": CLIENT | {"qvpctl", "protocol"},
 }
 OUTSIDE = {"tests", "virtual-camera", "build"}  # top folders whose sources are not on a floor
 ROOTS = ["", "src", "platform", LINUX]  # what the compiler searches

@@ -2,6 +2,7 @@
 import json
 import os
 import pathlib
+import pty
 import re
 import signal
 import subprocess
@@ -13,6 +14,11 @@ from veth_network import PATIENCE, Network, line_within
 
 TOOL = os.environ.get("QVPCTL", str(pathlib.Path(__file__).parents[2] / "build/release/qvpctl"))
 MAC = "02005e1000af"
+CSV_HEADING = b"mac,address,name,product,firmware,url,problems\r\n"
+
+
+COMMANDS = ["", "discover", "watch", "show", "get", "set", "passwd", "verify", "scan", "reboot", "factory-reset", "commit",
+            "supported", "alert", "help"]
 
 
 # --- Datagrams, by hand -----------------------------------------------------------------------------------------------
@@ -105,7 +111,7 @@ def test_json_holds_the_whole_reply(network):
         "product": "Product", "model": "Model", "firmware": "1.05", "hardware": "Rev B", "httpPort": 8080,
         "netmask": "255.255.255.0", "gateway": "10.9.0.1", "dns": ["10.9.0.53"], "dhcp": True,
         "localTime": "2026-01-31T23:59:58", "timezone": 300, "daylightSaving": False,
-        "url": "http://10.9.0.2:8080/", "interface": "tool0"}
+        "url": "http://10.9.0.2:8080/", "interface": "tool0", "answered": True, "problems": []}
 
 
 def test_json_lines_come_with_the_replies(network):
@@ -166,6 +172,9 @@ HOSTILE = [
     (b"\xff\xfe\xc3", "\\xFF\\xFE\\xC3", "\ufffd\ufffd\ufffd"),
     (b"\x7f" * 64, "\\x7F" * 64, "\x7f" * 64),
     ("Tür 門".encode(), "Tür 門", "Tür 門"),
+    ("A\u3164\u115f\u1160\uffa0".encode(), "A\\u{3164}\\u{115F}\\u{1160}\\u{FFA0}", "A\u3164\u115f\u1160\uffa0"),
+    ("Z\u0301\u0302\u0303".encode(), "Z\u0301\u0302\\u{303}", "Z\u0301\u0302\u0303"),
+    (b"Gate   10.9.0.9", "Gate \\x20\\x2010.9.0.9", "Gate   10.9.0.9"),
     (b'"},{"mac":"\\', '"},{"mac":"\\\\', '"},{"mac":"\\'),
 ]
 
@@ -210,21 +219,124 @@ def test_finds_a_camera_of_another_subnet(network):
     host.run("ip", "address", "add", "192.168.77.2/24", "brd", "+", "dev", "cam0")
     host.run("ip", "route", "add", "10.9.0.1/32", "dev", "cam0")
     network.camera(host, answers=[reply(address=(192, 168, 77, 2))])
-    assert network.run_tool("discover", "-i", "tool0", "--wait", "0.5").returncode == 0
+    result = network.run_tool("discover", "-i", "tool0", "--wait", "0.5")
+    assert (result.returncode, result.stderr) == (0, b"")
+    assert [line.split()[-1] for line in result.stdout.decode().splitlines()] == ["NOTE", "other-subnet"]
 
 
-def test_without_a_camera_ends_with_1(network):
+def test_finds_a_camera_that_is_only_heard(network):
+    """Its answers go to a gateway of its own, so its presence report is all that comes."""
+    host = network.link()
+    process = network.start_tool("discover", "--json", "--wait", "600")
+    wait_until_listening(network, process)
+    network.camera(host, broadcasts=[report(changes=[(284, b"\xc0\xa8\x00\x14")])])
+    network.camera(network.link(), answers=[])  # another network changes nothing
+    wait_until_read(network)
+    process.send_signal(signal.SIGINT)
+    output, errors = process.communicate(timeout=PATIENCE)
+    assert (process.returncode, errors) == (0, b"")
+    heard = json.loads(output)
+    assert (heard["address"], heard["answered"], heard["problems"]) == ("192.168.0.20", False, ["other-subnet"])
+    assert (heard["name"], heard["httpPort"], heard["url"]) == ("Front door", None, None)
+
+
+def test_two_cameras_of_one_address_are_both_shown(network):
+    network.camera(network.link(), answers=[reply("020000000001", b"A"), reply("020000000002", b"B")])
+    rows = network.run_tool("discover", "--wait", "0.5").stdout.decode().splitlines()
+    assert [(row.split()[2], row.split()[-1]) for row in rows] == [
+        ("NAME", "NOTE"), ("A", "duplicate-address"), ("B", "duplicate-address")]
+    lines = network.run_tool("discover", "--wait", "0.5", "--json").stdout.splitlines()
+    assert [json.loads(line)["problems"] for line in lines] == [[], ["duplicate-address"]]  # told as they come
+
+
+def test_one_mac_at_two_addresses_is_shown_twice(network):
+    network.camera(network.link(), answers=[reply(), reply(address=(10, 9, 0, 3))])
+    rows = network.run_tool("discover", "--wait", "0.5").stdout.decode().splitlines()
+    assert [(row.split()[1], row.split()[-1]) for row in rows] == [
+        ("ADDRESS", "NOTE"), ("10.9.0.2", "duplicate-mac"), ("10.9.0.3", "duplicate-mac")]
+
+
+def test_csv_is_for_spreadsheets(network):
+    network.camera(network.link(), answers=[reply("020000000001", b'Front "A", door'),
+                                            reply("020000000002", b"=1+1\x1b", (10, 9, 0, 3), 8080)])
+    result = network.run_tool("discover", "--wait", "0.5", "--csv")
+    assert (result.returncode, result.stderr) == (0, b"")
+    assert result.stdout == CSV_HEADING + (
+        b'02:00:00:00:00:01,10.9.0.2,"Front ""A"", door",Product,1.05,http://10.9.0.2/,\r\n'
+        b"02:00:00:00:00:02,10.9.0.3,'=1+1\\x1B,Product,1.05,http://10.9.0.3:8080/,\r\n")
+
+
+def test_expect_ends_the_search_early(network):
+    network.camera(network.link(), answers=[reply("020000000001", b"A"), reply("020000000002", b"B", (10, 9, 0, 3))])
+    result = network.run_tool("discover", "--wait", "3600", "--expect", "2", "--json")
+    assert (result.returncode, result.stderr, result.stdout.count(b"\n")) == (0, b"", 2)
+
+
+def test_fewer_than_expected_end_with_1(network):
+    network.camera(network.link(), answers=[reply()])
+    result = network.run_tool("discover", "--wait", "0.5", "--expect", "2")
+    assert (result.returncode, result.stderr) == (1, b"qvpctl: 2 cameras were expected\n")
+    assert len(result.stdout.splitlines()) == 2
+
+
+def test_the_landap_family(network):
+    answer = reply(changes=[(18, b"\x01\x00\x38\x01")])[:2 * 334]
+    camera = network.camera(network.link(), answers=[answer])
+    result = network.run_tool("discover", "--family", "landap", "--expect", "1")
+    assert (result.returncode, result.stdout.count(b"\n")) == (0, 2)
+    assert {request[18] for request in camera.close()} == {1}
+
+
+def test_a_terminal_gets_a_summary(network):
+    network.camera(network.link(), answers=[reply()])
+    assert on_terminal(network, "discover", "--expect", "1") == "1 camera on tool0\r\n"
+
+
+def test_stopped_it_shows_what_was_found(network):
+    network.camera(network.link(), answers=[reply()])
+    process = network.start_tool("discover", "--wait", "600")
+    wait_until_listening(network, process)
+    network.cameras[0].wait_for_request()
+    wait_until_read(network)
+    process.send_signal(signal.SIGINT)
+    output, errors = process.communicate(timeout=PATIENCE)
+    assert (process.returncode, errors) == (0, b"")
+    assert b"02:00:5e:10:00:af" in output
+
+
+@pytest.mark.parametrize("closed, status", [("<&-", 0), ("2>&-", 0), ("<&- 2>&-", 0), (">&-", 3), ("<&- >&- 2>&-", 3)])
+def test_closed_descriptors_do_not_become_the_socket(network, closed, status):
+    camera = network.camera(network.link(), answers=[reply()])
+    script = f'exec "$0" discover --json --expect 1 {closed}'
+    result = subprocess.run([*network.tool_host.enter, "sh", "-c", script, TOOL], capture_output=True, timeout=60)
+    assert result.returncode == status
+    assert (b"Front door" in result.stdout) == (status == 0)
+    assert {len(request) for request in camera.close()} == {22}
+
+
+def test_without_a_camera_ends_with_1_and_names_where_it_looked(network):
     network.link()
-    for arguments in ([], ["--json"], ["-i", "tool0"]):
+    network.link()
+    everywhere = b"qvpctl: no camera answered on tool0, tool1\n"
+    for arguments, error in [([], everywhere), (["-i", "tool1"], b"qvpctl: no camera answered on tool1\n"),
+                             (["--csv"], everywhere)]:
         result = network.run_tool("discover", "--wait", "0.2", *arguments)
-        assert (result.returncode, result.stdout, result.stderr) == (1, b"", b"qvpctl: no camera answered\n")
+        assert (result.returncode, result.stderr) == (1, error)
+        assert result.stdout == (CSV_HEADING if "--csv" in arguments else b"")
+    result = network.run_tool("discover", "--wait", "0.2", "--json")
+    assert (result.returncode, result.stdout) == (1, b"")
+    assert json.loads(result.stderr) == {
+        "error": {"code": "not-found", "message": "no camera answered on tool0, tool1"}}
 
 
 def test_loopback_is_used_only_when_named(network):
     camera = network.camera(network.tool_host, "lo", answers=[reply()])
     network.link()
     assert network.run_tool("discover", "--wait", "0.3").returncode == 1
-    assert network.run_tool("discover", "--wait", "0.3", "-i", "lo").returncode == 0
+    named = network.run_tool("discover", "--wait", "0.3", "-i", "lo")
+    assert (named.returncode, len(named.stdout.splitlines())) == (0, 2)
+    # The camera, on this machine, holds the port of the reports.
+    assert named.stderr == b"qvpctl: presence reports are not heard: cannot take UDP port 62976: Address already in use\n"
     assert len(camera.close()) > 0
 
 
@@ -249,11 +361,12 @@ def test_without_any_interface_ends_with_3(network):
 
 def test_output_that_cannot_be_written_ends_with_3(network):
     network.camera(network.link(), answers=[reply()])
-    for arguments in ([], ["--json"]):
+    for arguments in ([], ["--csv"], ["--json"]):
         with open("/dev/full", "wb") as full:
             result = network.run_tool("discover", "--wait", "0.3", *arguments, stdout=full, stderr=subprocess.PIPE)
         assert result.returncode == 3
-        assert result.stderr.startswith(b"qvpctl: cannot write the output: ")
+        message = json.loads(result.stderr)["error"]["message"] if "--json" in arguments else result.stderr.decode()
+        assert message.removeprefix("qvpctl: ").startswith("cannot write the output: ")
 
 
 # --- watch ------------------------------------------------------------------------------------------------------------
@@ -264,13 +377,42 @@ def listens(network):
     return b" FFFFFFFF:F600 " in table.stdout
 
 
-def start_watch(network, *arguments):
-    process = network.start_tool("watch", *arguments)
+def wait_until_listening(network, process):
     deadline = time.monotonic() + PATIENCE
     while not listens(network):
         assert process.poll() is None, process.stderr.read()
         assert time.monotonic() < deadline, "the tool does not listen"
         time.sleep(0.01)
+
+
+def wait_until_read(network):
+    """Until no datagram waits in a socket of the tool's namespace."""
+    def queues():
+        rows = subprocess.run([*network.tool_host.enter, "cat", "/proc/net/udp"], capture_output=True, check=True)
+        return [line.split()[4].split(b":")[1] for line in rows.stdout.splitlines()[1:]]
+
+    deadline = time.monotonic() + PATIENCE
+    while any(int(queue, 16) for queue in queues()):
+        assert time.monotonic() < deadline, "the tool does not read"
+        time.sleep(0.01)
+
+
+def on_terminal(network, *arguments):
+    """What the tool writes to a terminal that is its standard error."""
+    ours, theirs = pty.openpty()
+    result = network.run_tool(*arguments, stdout=subprocess.DEVNULL, stderr=theirs)
+    os.close(theirs)
+    assert result.returncode == 0
+    text = b""
+    while b"\n" not in text:
+        text += os.read(ours, 1024)
+    os.close(ours)
+    return text.decode()
+
+
+def start_watch(network, *arguments):
+    process = network.start_tool("watch", *arguments)
+    wait_until_listening(network, process)
     return process
 
 
@@ -353,7 +495,8 @@ def test_watch_leaves_a_service_on_the_port_its_datagrams(network, watch_is_firs
 @pytest.mark.parametrize("arguments", [
     [], ["frobnicate"], ["--frobnicate"], ["discover", "extra"], ["discover", "--wait", "0"],
     ["discover", "--wait", "nan"], ["discover", "-i"], ["discover", "-i", ""], ["watch", "--count", "0"],
-    ["watch", "--count", "-1"], ["watch", "--wait", "1"],
+    ["watch", "--count", "-1"], ["watch", "--frobnicate"], ["discover", "--expect", "0"], ["get"], ["set", "Gate"],
+    ["discover", "--retries", "-1"], ["discover", "--family", "other"], ["help", "frobnicate"], ["passwd", "a", "b"],
 ], ids=" ".join)
 def test_wrong_usage_ends_with_2(arguments):
     result = subprocess.run([TOOL, *arguments], capture_output=True, timeout=PATIENCE, check=False)
@@ -361,13 +504,38 @@ def test_wrong_usage_ends_with_2(arguments):
     assert re.fullmatch(rb"qvpctl: .+\nTry 'qvpctl .*--help'\.\n", result.stderr)
 
 
-@pytest.mark.parametrize("command", ["", "discover", "watch"])
+@pytest.mark.parametrize("command", COMMANDS)
 def test_help_leads_with_examples(command):
     result = subprocess.run([TOOL, *command.split(), "--help"], capture_output=True, timeout=PATIENCE, check=False)
     assert (result.returncode, result.stderr) == (0, b"")
     text = result.stdout.decode()
     assert 0 < text.index(f"Examples:\n  qvpctl {command}") < text.index("Usage:") < text.index("Options:")
     assert "Exit status:" in text
+
+
+def test_wrong_usage_in_json():
+    result = subprocess.run([TOOL, "discover", "--json", "--wait", "0"], capture_output=True, timeout=PATIENCE, check=False)
+    assert (result.returncode, result.stdout) == (2, b"")
+    assert json.loads(result.stderr)["error"]["code"] == "usage"
+
+
+@pytest.mark.parametrize("arguments", [["passwd", "Gate", "MARKED"], ["set", "Gate", "MARKED"], ["set", "Gate", "--password=MARKED"],
+                                       ["verify", "Gate", "--password", "MARKED"], ["passwd", "Gate", "--new", "MARKED"],
+                                       ["set", "Gate", "wifi.key=MARKED"]], ids=" ".join)
+@pytest.mark.parametrize("form", [[], ["--json"]], ids=["plain", "json"])
+def test_a_secret_on_the_command_line_is_refused_and_not_shown(arguments, form):
+    result = subprocess.run([TOOL, *arguments, *form], capture_output=True, timeout=PATIENCE, check=False)
+    assert (result.returncode, result.stdout) == (2, b"")
+    assert result.stderr and b"MARKED" not in result.stderr
+
+
+@pytest.mark.parametrize("topic, content", [
+    ("exit-status", "4  the camera refused user name or password"), ("settings", "ipv4.address"),
+    ("time-zones", "122  Asia/Tokyo                       Tokyo, Osaka")])
+def test_help_topics(topic, content):
+    result = subprocess.run([TOOL, "help", topic], capture_output=True, timeout=PATIENCE, check=False)
+    assert (result.returncode, result.stderr) == (0, b"")
+    assert content in result.stdout.decode()
 
 
 def test_version():

@@ -5,7 +5,7 @@ Run inside a camera's namespace with a script of one JSON object on standard inp
                                        for the request's sequence, 'WWWW' for another one
   {"broadcasts": [HEX...]}             broadcast these, once
 and in either "interface": the one interface the camera serves.
-It prints "ready" once it listens, then each request in hexadecimal; it ends when its standard input is closed.
+It prints "ready" once it listens, then each request in hexadecimal once it is answered; it ends when its standard input is closed.
 """
 import json
 import select
@@ -35,12 +35,11 @@ def main():
         if sys.stdin in readable:
             return
         request, sender = server.recvfrom(2048)
-        print(request.hex(), flush=True)
-        if left_to_ignore > 0:
-            left_to_ignore -= 1
-            continue
-        for answer in script.get("answers", []):
+        answers = script.get("answers", []) if left_to_ignore == 0 else []
+        left_to_ignore = max(0, left_to_ignore - 1)
+        for answer in answers:
             server.sendto(with_sequence(answer, request), sender)
+        print(request.hex(), flush=True)
 
 
 main()

@@ -19,3 +19,10 @@ TEST(Options, Counts) {
         EXPECT_NE(checkCount(bad), "") << bad;
     }
 }
+
+TEST(Options, AWaitIsInMilliseconds) {
+    CommonOptions options;
+    EXPECT_EQ(options.wait(), std::chrono::milliseconds(2000));
+    options.waitSeconds = 0.1;
+    EXPECT_EQ(options.wait(), std::chrono::milliseconds(100));
+}

@@ -4,8 +4,9 @@
 
 #include <sstream>
 
-#include "qvpctl/failure.h"
-#include "qvpctl/text.h"
+#include "client/error.h"
+#include "qvpctl/exit_code.h"
+#include "qvpctl/terminal_text.h"
 
 static const Column kColumns[] = {
     {"NAME", "name", 6},
@@ -80,6 +81,80 @@ TEST_F(OutputTest, TextOutputsEscapeWhatATerminalWouldObey) {
               "\\x1B]0;x\\x07  10.0.0.1  -\n");
 }
 
+TEST_F(OutputTest, JoinedEmojiKeepTheTableStraight) {
+    const auto output = table(stream_, kColumns);
+    output->add(record("\U0001F468\u200D\U0001F469", "10.0.0.1"));
+    output->add(record("a  b", "10.0.0.2"));
+    output->finish();
+    EXPECT_EQ(stream_.str(),
+              "NAME          ADDRESS   WEB\n"
+              "\U0001F468\\u{200D}\U0001F469  10.0.0.1  -\n"
+              "a \\x20b       10.0.0.2  -\n");
+}
+
+TEST_F(OutputTest, TableKeepsTheOrderOfItsRows) {
+    const auto output = table(stream_, std::span(kColumns).first(1));
+    output->add(record("b", ""));
+    output->add(record("a", ""));
+    output->finish();
+    EXPECT_EQ(stream_.str(), "NAME\nb\na\n");
+}
+
+TEST_F(OutputTest, TableWithoutHeadingsBeginsWithItsRows) {
+    const Column columns[] = {{"", "name", 0}, {"", "address", 0}};
+    const auto output = table(stream_, columns);
+    output->add(record("a", "10.0.0.1"));
+    output->finish();
+    EXPECT_EQ(stream_.str(), "a  10.0.0.1\n");
+}
+
+TEST_F(OutputTest, CsvHasALineARecordAtOnce) {
+    const auto output = csv(stream_, kColumns);
+    EXPECT_EQ(stream_.str(), "name,address,url\r\n");
+    output->add(record("Gate", "10.0.0.10"));
+    EXPECT_EQ(stream_.str(), "name,address,url\r\nGate,10.0.0.10,\r\n");
+}
+
+TEST_F(OutputTest, CsvQuotesAndDisarms) {
+    const std::pair<std::string, std::string> rows[] = {
+        {"a,b", "\"a,b\""},
+        {"a;b", "\"a;b\""},
+        {"a\"b", "\"a\"\"b\""},
+        {"a\r\nb", "a\\x0D\\x0Ab"},
+        {"\x1b[2J", "\\x1B[2J"},
+        {"T\xc3\xbcr", "T\xc3\xbcr"},
+        {"\xff", "\\xFF"},
+        {"=1+1", "'=1+1"},
+        {"+1", "'+1"},
+        {"-1", "'-1"},
+        {"@SUM(A1)", "'@SUM(A1)"},
+        {"=\"a\"", "\"'=\"\"a\"\"\""},
+        {"1-1", "1-1"},
+        {"  a", "  a"},
+    };
+    for (const auto& [text, cell] : rows) {
+        std::ostringstream stream;
+        csv(stream, kColumns)->add(record(text, "10.0.0.1"));
+        EXPECT_EQ(stream.str(), "name,address,url\r\n" + cell + ",10.0.0.1,\r\n");
+    }
+}
+
+TEST_F(OutputTest, CsvLeavesNumbersAlone) {
+    const Column columns[] = {{"N", "n", 0}};
+    csv(stream_, columns)->add({{"n", -1}});
+    EXPECT_EQ(stream_.str(), "n\r\n-1\r\n");
+}
+
+TEST_F(OutputTest, PlainValuesStandAlone) {
+    const auto output = plainValues(stream_, "v");
+    output->add({{"v", "Front  door\x1b"}});
+    output->add({{"v", nullptr}});
+    output->add({{"v", 7}});
+    output->add({{"v", ""}});
+    output->finish();
+    EXPECT_EQ(stream_.str(), "Front  door\\x1B\n7\n\n");
+}
+
 TEST_F(OutputTest, JsonIsOneAsciiObjectALine) {
     const auto output = jsonLines(stream_);
     output->add({{"b", "T\xc3\xbcr \"\\\n\x1b\x7f\xc2\x9b"}, {"a", "\xff\xc3"}});
@@ -94,7 +169,7 @@ TEST_F(OutputTest, ThatCannotBeWrittenIsASystemError) {
     try {
         jsonLines(stream_)->add({{"a", 1}});
         FAIL();
-    } catch (const Failure& failure) {
-        EXPECT_EQ(failure.code(), 3);
+    } catch (const client::Error& error) {
+        EXPECT_EQ(exitCodeOf(error.kind()), 3);
     }
 }

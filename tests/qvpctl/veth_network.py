@@ -63,14 +63,18 @@ class Camera:
         self.process = host.start(sys.executable, str(HERE / "fake_camera.py"), stdin=subprocess.PIPE,
                                   stdout=subprocess.PIPE)
         self.process.stdin.write(json.dumps(script).encode() + b"\n")
+        self.requests = []
         assert line_within(self.process.stdout) == "ready"
+
+    def wait_for_request(self):
+        self.requests.append(line_within(self.process.stdout))
 
     def close(self):
         """Returns the requests the camera was sent."""
         if self.process.stdin.closed:
             return []
         self.process.stdin.close()
-        requests = self.process.stdout.read().decode().split()
+        requests = self.requests + self.process.stdout.read().decode().split()
         self.process.stdout.close()
         assert self.process.wait(PATIENCE) == 0
         return [bytes.fromhex(request) for request in requests]

@@ -1,4 +1,4 @@
-#include "qvpctl/text.h"
+#include "qvpctl/terminal_text.h"
 
 #include <algorithm>
 #include <clocale>
@@ -12,54 +12,33 @@ void useUtf8() {
     }
 }
 
-std::string fieldText(std::span<const uint8_t> field) {
-    return std::string(field.begin(), std::find(field.begin(), field.end(), uint8_t{0}));
-}
-
-std::string macText(Mac mac) {
-    char text[18];
-    const uint8_t* b = mac.bytes;
-    snprintf(text, sizeof text, "%02x:%02x:%02x:%02x:%02x:%02x", b[0], b[1], b[2], b[3], b[4], b[5]);
-    return text;
-}
-
-std::string addressText(Ipv4 address) {
-    char text[16];
-    const uint8_t* b = address.bytes;
-    snprintf(text, sizeof text, "%u.%u.%u.%u", b[0], b[1], b[2], b[3]);
-    return text;
-}
-
-std::optional<std::string> isoTime(std::string_view digits) {
-    if (digits.size() != 14 || digits.find_first_not_of("0123456789") != digits.npos) {
-        return std::nullopt;
-    }
-    unsigned year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;
-    sscanf(std::string(digits).c_str(), "%4u%2u%2u%2u%2u%2u", &year, &month, &day, &hour, &minute, &second);
-    const bool isDate = month >= 1 && month <= 12 && day >= 1 && day <= 31;
-    if (!isDate || hour > 23 || minute > 59 || second > 60) {
-        return std::nullopt;
-    }
-    char text[64];
-    snprintf(text, sizeof text, "%04u-%02u-%02uT%02u:%02u:%02u", year, month, day, hour, minute, second);
-    return text;
-}
-
-// Characters that a terminal shows as nothing, or that change the order of what stands around them.
+// Characters that a terminal shows as nothing or as a blank, that change the order of what stands around them, or that
+// some terminals join with their neighbours and others do not.
 static bool hidesText(wchar_t character) {
     struct Range {
         wchar_t first, last;
     };
     static constexpr Range kRanges[] = {
+        {0x00A0,  0x00A0 }, // no-break space
         {0x00AD,  0x00AD }, // soft hyphen
+        {0x034F,  0x034F }, // combining grapheme joiner
         {0x061C,  0x061C }, // Arabic letter mark
+        {0x115F,  0x1160 }, // Hangul fillers
+        {0x1680,  0x1680 }, // Ogham space
+        {0x17B4,  0x17B5 }, // Khmer vowels without a shape
         {0x180B,  0x180F }, // Mongolian variation selectors
-        {0x200B,  0x200F }, // zero-width characters, direction marks
-        {0x2028,  0x202E }, // line separators, direction overrides
-        {0x2060,  0x206F }, // invisible operators, direction isolates
+        {0x2000,  0x200F }, // spaces of every width, zero-width characters, joiners, direction marks
+        {0x2028,  0x202F }, // line separators, direction overrides, narrow space
+        {0x205F,  0x206F }, // mathematical space, invisible operators, direction isolates
+        {0x2800,  0x2800 }, // blank Braille pattern
+        {0x3000,  0x3000 }, // ideographic space
+        {0x3164,  0x3164 }, // Hangul filler
+        {0xFE00,  0xFE0F }, // variation selectors
         {0xFEFF,  0xFEFF }, // byte order mark
+        {0xFFA0,  0xFFA0 }, // halfwidth Hangul filler
         {0xFFF9,  0xFFFB }, // interlinear annotation
-        {0xE0000, 0xE0FFF}, // tags
+        {0x1F3FB, 0x1F3FF}, // skin tones, which change the emoji before them
+        {0xE0000, 0xE0FFF}, // tags, variation selectors
     };
     return std::any_of(std::begin(kRanges), std::end(kRanges),
                        [=](Range range) { return character >= range.first && character <= range.last; });
@@ -96,12 +75,29 @@ static bool isShown(const Character& character) {
     return character.isValid && character.code != L'\\' && wcwidth(character.code) >= 0 && !hidesText(character.code);
 }
 
+// More of them on one letter grow into the lines around it.
+static constexpr int kMostMarks = 2;
+
 std::string printable(std::string_view text) {
     std::string result;
+    int marks = kMostMarks;  // nothing stands before the first character that a mark could stand on
     while (!text.empty()) {
         const Character character = firstCharacter(text);
-        result += isShown(character) ? std::string(text.substr(0, character.length)) : escaped(text, character);
+        const bool isMark = character.isValid && wcwidth(character.code) == 0;
+        const bool isPlain = isShown(character) && !(isMark && marks >= kMostMarks);
+        result += isPlain ? std::string(text.substr(0, character.length)) : escaped(text, character);
+        if (isPlain) marks = isMark ? marks + 1 : 0;
         text.remove_prefix(character.length);
+    }
+    return result;
+}
+
+std::string printableCell(std::string_view text) {
+    const std::string plain = printable(text);
+    std::string result;
+    for (size_t i = 0; i < plain.size(); i++) {
+        const bool isEdge = i == 0 || i + 1 == plain.size() || plain[i - 1] == ' ';
+        result += plain[i] == ' ' && isEdge ? "\\x20" : std::string(1, plain[i]);
     }
     return result;
 }

@@ -1,0 +1,19 @@
+// Every command; each stands in a file of commands/.
+#pragma once
+
+#include "qvpctl/command.h"
+
+extern const Subcommand kAlert;
+extern const Subcommand kCommit;
+extern const Subcommand kDiscover;
+extern const Subcommand kFactoryReset;
+extern const Subcommand kGet;
+extern const Subcommand kHelp;
+extern const Subcommand kPasswd;
+extern const Subcommand kReboot;
+extern const Subcommand kScan;
+extern const Subcommand kSet;
+extern const Subcommand kShow;
+extern const Subcommand kSupported;
+extern const Subcommand kVerify;
+extern const Subcommand kWatch;

@@ -1,0 +1,72 @@
+// qvpctl scan: the wireless networks that a camera sees.
+#include <unistd.h>
+
+#include <iostream>
+#include <memory>
+
+#include "client/error.h"
+#include "protocol/opcodes.h"
+#include "qvpctl/commands.h"
+#include "qvpctl/exit_code.h"
+#include "qvpctl/records.h"
+#include "qvpctl/secret_source.h"
+#include "qvpctl/tool.h"
+
+static const char kExamples[] =
+    "  qvpctl scan 'Front door'          scan, wait, and show the networks\n"
+    "  qvpctl scan 'Front door' --last   what the last scan found\n";
+
+static const Column kColumns[] = {
+    {"SIGNAL",   "bar",      0},
+    {"SSID",     "ssid",     0},
+    {"SECURITY", "security", 0},
+    {"CHANNEL",  "channel",  0},
+};
+
+struct ScanOptions {
+    std::string camera;
+    bool last = false;
+};
+
+static Record withBar(Record record) {
+    const unsigned signal = std::min(record["signal"].get<unsigned>(), 100u);
+    const unsigned full = (signal + 19) / 20;
+    std::string bar;
+    for (unsigned i = 0; i < 5; i++) bar += i < full ? "\u25A0" : "\u25A1";
+    record["bar"] = bar + " " + std::to_string(signal) + "%";
+    return record;
+}
+
+// A camera that scans does not answer meanwhile: its first answer is the end of the scan.
+static void waitForScan(client::Session& session, std::chrono::milliseconds announced) {
+    const auto patience = std::chrono::ceil<std::chrono::seconds>(announced) + std::chrono::seconds(30);
+    say("the camera scans; that takes up to " + std::to_string(announced.count() / 1000) + " s");
+    if (session.awaitReturn(patience)) return;
+    throw client::Error(client::ErrorKind::Unverified, "the camera has not come back from its scan");
+}
+
+static int scan(const ScanOptions& options, const CommonOptions& common) {
+    client::UdpLink link(client::UdpLink::Hears::Replies);
+    const client::Found camera = findCamera(link, common, options.camera);
+    client::Session session = openSession(link, common, camera, readLogin(common));
+    if (!options.last) waitForScan(session, session.request(opcode::kInitSiteSurvey));
+    const client::Survey survey = session.fetchSurvey();
+    const auto output = common.json ? jsonLines(std::cout) : table(std::cout, kColumns);
+    for (const client::Site& site : survey.sites) {
+        const Record record = recordOf(site);
+        output->add(common.json ? record : withBar(record));
+    }
+    output->finish();
+    if (!survey.isComplete) say("the camera sees more networks than the twenty it can tell");
+    if (survey.sites.empty()) say("the camera sees no network");
+    return kSuccess;
+}
+
+static Work prepare(CLI::App& app, const CommonOptions& common) {
+    const auto options = std::make_shared<ScanOptions>();
+    addCamera(app, options->camera);
+    addFlag(app, "--last", options->last, "Show what the last scan found, without a new one");
+    return [options, &common] { return scan(*options, common); };
+}
+
+const Subcommand kScan = {"scan", "Show the wireless networks that a camera sees.", kExamples, prepare};

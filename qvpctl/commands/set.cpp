@@ -1,0 +1,146 @@
+// qvpctl set: changes settings of one camera.
+#include <algorithm>
+#include <iostream>
+#include <memory>
+
+#include "client/error.h"
+#include "client/text.h"
+#include "qvpctl/commands.h"
+#include "qvpctl/commands/set.h"
+#include "qvpctl/exit_code.h"
+#include "qvpctl/keys.h"
+#include "qvpctl/records.h"
+#include "qvpctl/secret_source.h"
+#include "qvpctl/tool.h"
+
+using client::Assignment;
+using client::CameraState;
+using client::Error;
+using client::ErrorKind;
+using client::Found;
+
+static const char kExamples[] =
+    "  qvpctl set 02:00:5e:10:00:01 name='Front door' ipv4.address=192.168.1.20/24\n"
+    "  qvpctl set 'Front door' wifi.ssid=Workshop wifi.security=wpa2-aes wifi.key=@key.txt\n"
+    "  qvpctl set 192.168.1.20 time.zone=Europe/Berlin time.ntp=off time.now=now\n";
+
+// A camera that is heard only by its reports sends one every 30 seconds.
+static constexpr std::chrono::seconds kReportInterval(31);
+
+class Setter {
+public:
+    Setter(const SetOptions& options, const CommonOptions& common) : options_(options), common_(common) {
+        for (const std::string& text : options.assignments) assignments_.push_back(parseAssignment(text));
+    }
+
+    int run() {
+        refuseNow();
+        client::UdpLink link = linkWithReports();
+        const bool isMac = client::parseMac(options_.camera).has_value();
+        const Found camera =
+            findCamera(link, common_, options_.camera, isMac ? kReportInterval : std::chrono::seconds(0));
+        client::Session session = openSession(link, common_, camera, readLogin(common_));
+        if (camera.answered) {
+            change(session);
+        } else {
+            changeUnheard(session, camera);
+        }
+        return kSuccess;
+    }
+
+private:
+    // Values that no camera takes need no camera to be refused.
+    void refuseNow() const {
+        CameraState any;
+        any.services.emplace();
+        any.wifi.emplace();
+        any.clock.emplace();
+        std::vector<Assignment> alone;
+        std::ranges::copy_if(assignments_, std::back_inserter(alone),
+                             [](const Assignment& one) { return std::string_view(one.setting->key) != "wifi.key"; });
+        client::withAssignments(any, alone);
+    }
+
+    std::vector<client::Group> groups() const {
+        std::vector<const client::Setting*> settings;
+        for (const Assignment& one : assignments_) settings.push_back(one.setting);
+        return groupsOf(settings);
+    }
+
+    void change(client::Session& session) {
+        const CameraState state = session.read(groups());
+        const CameraState wanted = client::withAssignments(state, assignments_);
+        report(state, wanted);
+        if (client::changedGroups(state, wanted).empty()) return;
+        session.apply(state, wanted, tell);
+        verify(session, wanted);
+    }
+
+    // Its web port cannot be read, and every request sets it.
+    void changeUnheard(client::Session& session, const Found& camera) {
+        CameraState state;
+        state.camera = camera.camera;
+        state.camera.httpPort = 80;
+        for (const client::Group group : groups()) {
+            if (group != client::Group::Basic) {
+                throw Error(ErrorKind::NotFound,
+                            "the camera's answers do not reach this machine; set its address first");
+            }
+        }
+        say("the camera is in another subnet and its answers are lost; its web port becomes 80 unless http-port is "
+            "given");
+        const CameraState wanted = client::withAssignments(state, assignments_);
+        session.applyUnheard(state, wanted, tell);
+        verify(session, wanted);
+    }
+
+    void report(const CameraState& state, const CameraState& wanted) const {
+        const auto output = common_.json ? jsonLines(std::cout) : nullptr;
+        for (const Assignment& one : assignments_) {
+            const client::Setting& setting = *one.setting;
+            if (output == nullptr) continue;
+            const bool isChanged = !client::isSame(setting, state, wanted);
+            const auto value = [&](const CameraState& from) {
+                return setting.get != nullptr ? Record(setting.get(from)) : Record();
+            };
+            output->add({
+                {"key",     setting.key  },
+                {"before",  value(state) },
+                {"after",   value(wanted)},
+                {"changed", isChanged    }
+            });
+        }
+    }
+
+    static void tell(const client::Progress& progress) {
+        const client::GroupFacts& facts = client::factsOf(progress.group);
+        if (progress.step == client::Progress::Step::Away) {
+            say(std::string(facts.name) + ": the camera " + facts.effect + "; waiting up to " +
+                std::to_string(3 * progress.away.count()) + " s until it is back");
+        }
+    }
+
+    void verify(client::Session& session, const CameraState& wanted) const {
+        const std::vector<std::string> different = session.verify(wanted, assignments_);
+        if (different.empty()) return;
+        std::string keys;
+        for (const std::string& key : different) keys += (keys.empty() ? "" : ", ") + key;
+        throw Error(ErrorKind::Unverified, "the camera took the change, but does not show it: " + keys);
+    }
+
+    const SetOptions& options_;
+    const CommonOptions& common_;
+    std::vector<Assignment> assignments_;
+};
+
+int setSettings(const SetOptions& options, const CommonOptions& common) { return Setter(options, common).run(); }
+
+static Work prepare(CLI::App& app, const CommonOptions& common) {
+    const auto options = std::make_shared<SetOptions>();
+    addCamera(app, options->camera);
+    addNeededWords(app, "KEY=VALUE", options->assignments, "What to change; what is as asked stays untouched");
+    addFooter(app, [] { return settingsHelp() + "\n" + exitStatusHelp(); });
+    return [options, &common] { return setSettings(*options, common); };
+}
+
+const Subcommand kSet = {"set", "Change settings of a camera.", kExamples, prepare};

@@ -1,0 +1,41 @@
+#include "qvpctl/exit_code.h"
+
+struct Meaning {
+    ExitCode code;
+    const char* name;
+};
+
+static Meaning meaningOf(client::ErrorKind kind) {
+    switch (kind) {
+        case client::ErrorKind::NotFound:
+            return {kNotFound, "not-found"};
+        case client::ErrorKind::Ambiguous:
+            return {kUsage, "ambiguous"};
+        case client::ErrorKind::BadValue:
+            return {kUsage, "bad-value"};
+        case client::ErrorKind::Local:
+            return {kThisMachine, "this-machine"};
+        case client::ErrorKind::Credentials:
+            return {kCredentialsRefused, "credentials-refused"};
+        case client::ErrorKind::Refused:
+            return {kRefusedByCamera, "refused"};
+        case client::ErrorKind::Unverified:
+            return {kUnverified, "unverified"};
+    }
+    return {kThisMachine, "this-machine"};
+}
+
+ExitCode exitCodeOf(client::ErrorKind kind) { return meaningOf(kind).code; }
+
+const char* exitStatusHelp() {
+    return "Exit status:\n"
+           "  0  done, also when nothing had to change\n"
+           "  1  no such camera, or no answer\n"
+           "  2  wrong usage, or a value that the camera would refuse\n"
+           "  3  this machine: no such interface, no permission, output that cannot be written\n"
+           "  4  the camera refused user name or password\n"
+           "  5  the camera refused the change\n"
+           "  6  accepted, but not seen in the camera afterwards";
+}
+
+const char* stableName(client::ErrorKind kind) { return meaningOf(kind).name; }

@@ -1,0 +1,107 @@
+#include "qvpctl/secret_source.h"
+
+#include <fcntl.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+
+#include "client/error.h"
+#include "qvpctl/terminal_text.h"
+
+using client::Error;
+using client::ErrorKind;
+using client::localError;
+using client::Secret;
+
+static Secret readFirstLine(const std::string& path) {
+    errno = 0;
+    std::ifstream file(path);
+    std::string line;
+    if (!file || (!std::getline(file, line) && file.bad())) {
+        throw localError("cannot read " + printable(path), errno != 0 ? errno : EIO);
+    }
+    if (line.empty() && file.eof()) throw Error(ErrorKind::BadValue, printable(path) + " is empty");
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    return Secret(line);
+}
+
+static Secret readVariable(const std::string& name) {
+    const char* value = std::getenv(name.c_str());
+    if (value == nullptr) throw Error(ErrorKind::BadValue, "there is no environment variable " + printable(name));
+    return Secret(value);
+}
+
+// The terminal, also where standard input and output are something else.
+class Terminal {
+public:
+    Terminal() : file_(open("/dev/tty", O_RDWR | O_CLOEXEC | O_NOCTTY)) {
+        if (file_ >= 0) tcgetattr(file_, &before_);
+    }
+    ~Terminal() {
+        if (file_ < 0) return;
+        tcsetattr(file_, TCSAFLUSH, &before_);
+        close(file_);
+    }
+    Terminal(const Terminal&) = delete;
+    Terminal& operator=(const Terminal&) = delete;
+
+    bool isThere() const { return file_ >= 0; }
+
+    Secret ask(const std::string& question) const {
+        termios silent = before_;
+        silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+        tcsetattr(file_, TCSAFLUSH, &silent);
+        say(question);
+        std::string line;
+        for (char letter; read(file_, &letter, 1) == 1 && letter != '\n';) line += letter;
+        say("\n");
+        return Secret(line);
+    }
+
+private:
+    void say(const std::string& text) const {
+        const ssize_t written = write(file_, text.data(), text.size());
+        static_cast<void>(written);
+    }
+
+    int file_;
+    termios before_{};
+};
+
+static Secret askTwice(const std::string& key) {
+    const Terminal terminal;
+    if (!terminal.isThere()) throw Error(ErrorKind::BadValue, key + "=- asks on a terminal, and there is none");
+    Secret first = terminal.ask("New " + key + ": ");
+    if (terminal.ask("Again: ").reveal() != first.reveal()) {
+        throw Error(ErrorKind::BadValue, "the two answers for " + key + " are not the same");
+    }
+    return first;
+}
+
+Secret readSecret(const std::string& key, const std::string& source) {
+    if (source.starts_with("@")) return readFirstLine(source.substr(1));
+    if (source.starts_with("env:")) return readVariable(source.substr(4));
+    if (source == "-") return askTwice(key);
+    throw Error(ErrorKind::BadValue, key + " is a secret and must not stand on the command line: use " + key +
+                                         "=@FILE, " + key + "=env:NAME, or " + key + "=- to be asked");
+}
+
+static Secret readPassword(const CommonOptions& options, const std::string& user) {
+    if (!options.passwordFile.empty()) return readFirstLine(options.passwordFile);
+    if (std::getenv("QVPCTL_PASSWORD") != nullptr) return readVariable("QVPCTL_PASSWORD");
+    const Terminal terminal;
+    if (!terminal.isThere()) {
+        throw Error(ErrorKind::BadValue, "a password is needed: --password-file, or the environment's QVPCTL_PASSWORD");
+    }
+    return terminal.ask("Password of " + printable(user) + ": ");
+}
+
+client::Login readLogin(const CommonOptions& options) {
+    const char* variable = std::getenv("QVPCTL_USER");
+    const std::string user = !options.user.empty() ? options.user : variable != nullptr ? variable : "admin";
+    return {user, readPassword(options, user)};
+}

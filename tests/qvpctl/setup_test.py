@@ -1,0 +1,353 @@
+"""Setting up cameras with qvpctl alone: the real daemon in virtual cameras, each test with cameras of its own.
+
+pytest itself runs inside the virtual LAN:
+  virtual-camera/virtual-camera run -n 0 -- /usr/bin/python3 -m pytest tests/qvpctl/setup_test.py
+"""
+import json
+import os
+import subprocess
+import sys
+from pathlib import Path
+
+import pytest
+
+TREE = Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(TREE / "tests/end_to_end"))
+
+from support.camera import Lan  # noqa: E402
+from support.waiting import wait_until  # noqa: E402
+
+TOOL = os.environ.get("QVPCTL") or str(TREE / "build/release/qvpctl")
+DAEMON = os.environ.get("QVP_DAEMON") or str(TREE / "build/release/qvp")
+CODES = {1: "not-found", 2: "bad-value", 3: "this-machine", 4: "credentials-refused", 5: "refused", 6: "unverified"}
+MARK = "MARKED-key"  # long enough for WPA, and no WEP key
+
+
+class Result:
+    """How a run ended. With --json, every line of both streams has to be an object."""
+
+    def __init__(self, arguments, done):
+        self.status, self.out, self.err = done.returncode, done.stdout, done.stderr
+        if "--json" in arguments:
+            self.records = [json.loads(line) for line in self.out.splitlines()]
+            self.notes = [json.loads(line) for line in self.err.splitlines()]
+            self.error = self.notes[-1]["error"] if self.notes and "error" in self.notes[-1] else None
+
+    def __repr__(self):
+        return f"status {self.status}\n{self.out}{self.err}"
+
+
+def qvpctl(*arguments, password="admin", **environment):
+    variables = {**os.environ, "QVPCTL_PASSWORD": password, **environment}
+    if password is None:
+        del variables["QVPCTL_PASSWORD"]
+    done = subprocess.run([TOOL, *arguments], stdin=subprocess.DEVNULL, capture_output=True, timeout=120, env=variables,
+                          start_new_session=True)  # no terminal to ask at
+    done.stdout, done.stderr = done.stdout.decode(), done.stderr.decode()
+    return Result(arguments, done)
+
+
+def assert_fails(status, *arguments, words, code=None, **options):
+    """In both forms: the status, nothing on standard output, and the reason on standard error."""
+    plain = qvpctl(*arguments, **options)
+    assert (plain.status, plain.out) == (status, ""), plain
+    assert plain.err.splitlines()[-1].startswith("qvpctl: ") or "\n  " in plain.err
+    assert words in plain.err
+    form = qvpctl(*arguments, "--json", **options)
+    assert (form.status, form.error["code"]) == (status, code or CODES[status]), form
+    assert words in form.error["message"]
+
+
+@pytest.fixture(scope="module")
+def whole_lan():
+    return Lan(["--daemon", DAEMON])
+
+
+@pytest.fixture
+def lan(whole_lan):
+    yield whole_lan
+    whole_lan.stop_all()
+
+
+@pytest.fixture
+def camera(lan):
+    return living(lan.camera())
+
+
+def living(camera):
+    camera.let_its_address_change()
+    return camera
+
+
+def mac(camera):
+    return camera.mac.hex(":")
+
+
+def get(camera, key, **options):
+    result = qvpctl("get", mac(camera), key, **options)
+    assert (result.status, result.err) == (0, ""), result
+    return result.out.removesuffix("\n")
+
+
+def assert_set(camera, *assignments, **options):
+    """Changes, and then again: the second time there is nothing to do and nothing to say."""
+    result = qvpctl("set", mac(camera), *assignments, **options)
+    assert (result.status, result.out) == (0, ""), result
+    store = camera.store()
+    if any(assignment.startswith("wifi.") for assignment in assignments):  # the one command in the background
+        wait_until(lambda: any("reset_wifi" in command for command in camera.commands()), "the wireless reset")
+    camera.forget_commands()
+    again = qvpctl("set", mac(camera), *assignments, **options)
+    assert (again.status, again.out, again.err) == (0, "", ""), again
+    assert (camera.store(), camera.board_log()) == (store, [])
+    return result
+
+
+# --- What is set ------------------------------------------------------------------------------------------------------
+
+def test_rename(camera):
+    result = assert_set(camera, "name=Front door")
+    assert "waiting up to 30 s until it is back" in result.err
+    assert camera.store()["CAMSYSTEM"]["CameraName"] == b"Front door"
+    by_name = qvpctl("get", "Front door", "name")
+    assert (by_name.status, by_name.out) == (0, "Front door\n")
+
+
+def test_rename_in_json(camera):
+    before = get(camera, "name")
+    first = qvpctl("set", mac(camera), "name=Front door", "--json")
+    change = {"key": "name", "before": before, "after": "Front door", "changed": True}
+    assert (first.status, first.records, first.error) == (0, [change], None), first
+    assert all(list(note) == ["note"] for note in first.notes)
+    second = qvpctl("set", mac(camera), "name=Front door", "--json")
+    assert (second.status, second.err) == (0, "")
+    assert second.records == [{"key": "name", "before": "Front door", "after": "Front door", "changed": False}]
+
+
+def test_static_address(camera):
+    assert_set(camera, "ipv4.address=198.18.9.77/15", "ipv4.gateway=198.18.0.9", "ipv4.dns=198.18.0.7")
+    moved = qvpctl("get", "198.18.9.77", "ipv4", "--json")
+    assert moved.status == 0, moved
+    assert {record["key"]: record["value"] for record in moved.records} == {
+        "ipv4.method": "static", "ipv4.address": "198.18.9.77/15", "ipv4.gateway": "198.18.0.9",
+        "ipv4.dns": "198.18.0.7"}
+    network = camera.store()["NETWORK_V4"]
+    assert (network["IP"], network["SubnetMask"], network["Gateway"]) == (b"198.18.9.77", b"255.254.0.0", b"198.18.0.9")
+
+
+def test_port(camera):
+    assert_set(camera, "http-port=8089")
+    assert camera.store()["HTTP"]["Port"] == b"8089"
+    found = qvpctl("discover", "--expect", "1", "--json")
+    assert found.records[0]["url"] == f"http://{camera.address}:8089/"
+
+
+def test_password(camera, tmp_path):
+    new = tmp_path / "new"
+    new.write_text("a new one\n")
+    result = qvpctl("passwd", mac(camera), "--new", f"@{new}")
+    assert (result.status, result.out) == (0, ""), result
+    assert_fails(4, "verify", mac(camera), words="refused the user name or the password")
+    assert_fails(4, "get", mac(camera), "wifi.ssid", words="refused")
+    assert_fails(4, "set", mac(camera), "upnp=off", words="refused")
+    told_by_file = qvpctl("verify", mac(camera), "--password-file", str(new), password=None)
+    assert told_by_file.status == 0, told_by_file
+    assert told_by_file.out.splitlines()[1].split() == [mac(camera), "administrator"]
+    as_json = qvpctl("verify", mac(camera), "--json", password="a new one")
+    assert as_json.records == [{"mac": mac(camera), "result": "administrator"}]
+
+
+def test_wireless(camera, tmp_path):
+    key = tmp_path / "key"
+    key.write_text("a wireless key\n")
+    assert_set(camera, "wifi.key=env:KEY", "wifi.ssid=Reception", "wifi.security=wpa-wpa2-mixed", "wifi.channel=1",
+               KEY="a wireless key")
+    wireless = camera.store()["WIRELESS"]
+    assert (wireless["SSID"], wireless["Channel"], wireless["Encryption"]) == (b"Reception", b"1", b"4")
+    assert wireless["PreSharedKey"] == b"a wireless key"
+    again = qvpctl("set", mac(camera), f"wifi.key=@{key}", "--json")
+    assert again.records == [{"key": "wifi.key", "before": None, "after": None, "changed": False}]
+    table = qvpctl("get", mac(camera), "wifi")
+    assert [row.split() for row in table.out.splitlines()] == [
+        ["KEY", "VALUE"], ["wifi.enabled", "on"], ["wifi.ssid", "Reception"], ["wifi.mode", "infrastructure"],
+        ["wifi.channel", "1"], ["wifi.security", "wpa-wpa2-mixed"], ["wifi.wep-index", "0"]]
+
+
+def test_wep(camera):
+    assert_set(camera, "wifi.key=env:KEY", "wifi.security=wep", "wifi.wep-index=2", KEY="0123456789")
+    wireless = camera.store()["WIRELESS"]
+    assert (wireless["WEPKey2"], wireless["WEPKeyFormat"], wireless["WEPKeyLength"]) == (b"0123456789", b"1", b"0")
+
+
+def test_time_zone(camera):
+    assert_set(camera, "time.zone=Asia/Tokyo", "time.ntp=off")
+    assert get(camera, "time.zone") == "Asia/Tokyo"
+    assert_set(camera, "time.zone=Europe/Berlin", "time.daylight-saving=on")
+    assert qvpctl("get", mac(camera), "time.zone", "time.daylight-saving", "--json").records == [
+        {"key": "time.zone", "value": "Europe/Berlin", "secret": False},
+        {"key": "time.daylight-saving", "value": "on", "secret": False}]
+
+
+def test_time(camera):
+    result = qvpctl("set", mac(camera), "time.now=2026-01-31T10:20:30", "--json")
+    assert (result.status, result.error) == (0, None), result
+    record = result.records[0]
+    assert (record["key"], record["after"], record["changed"]) == ("time.now", "2026-01-31T10:20:30", True)
+    assert get(camera, "time.now").startswith("2026-01-31T10:")
+
+
+def test_services(camera):
+    assert_set(camera, "upnp=off", "ddns.user=me", "ddns.host=door.example.com", "ddns.password=env:KEY", KEY="ddns")
+    ddns = camera.store()["DDNS"]
+    assert (ddns["UID"], ddns["HOST"], ddns["PWD"]) == (b"me", b"door.example.com", b"ddns")
+
+
+def test_several_groups_at_once(camera):
+    assert_set(camera, "ipv4.address=198.18.9.78/15", "name=Gate", "wifi.ssid=Warehouse", "time.zone=UTC", "upnp=off")
+    assert qvpctl("get", "198.18.9.78", "name", "wifi.ssid", "upnp", "--json").records == [
+        {"key": "name", "value": "Gate", "secret": False}, {"key": "upnp", "value": "off", "secret": False},
+        {"key": "wifi.ssid", "value": "Warehouse", "secret": False}]
+
+
+# --- What is refused --------------------------------------------------------------------------------------------------
+
+@pytest.mark.parametrize("assignment, words", [
+    ("http-port=8088", "8087 and 8089 are free"),
+    ("http-port=0", "1 to 65535"),
+    ("ipv4.address=198.18.1.1", "such as 198.18.1.1/24"),
+    ("time.now=2026-01-31T00:00:00", "the nearest is 01:01:01"),
+    ("time.zone=Mars/Olympus_Mons", "'qvpctl help time-zones' lists them"),
+    ("wifi.security=wep", "needs a wifi.key"),
+    ("wifi.key=env:SHORT", "8 to 63"),
+    ("password=env:LONG", "at most 48 fit"),
+    ("wifi.enabled=off", "can only be read"),
+    ("nme=Gate", "did you mean name?"),
+    ("wifi.key=@/nowhere", "cannot read /nowhere"),
+])
+def test_a_value_that_no_camera_takes_is_refused_before_anything_is_sent(camera, assignment, words):
+    before = camera.store()
+    camera.forget_commands()
+    status = 3 if "@" in assignment else 2
+    assert_fails(status, "set", mac(camera), "name=Changed", assignment, words=words, SHORT="1234567", LONG="x" * 49)
+    assert (camera.store(), camera.board_log()) == (before, [])
+
+
+def test_a_value_that_this_camera_refuses(camera):
+    assert_fails(5, "set", mac(camera), "wifi.channel=200", words="the channel is not allowed in its radio region")
+
+
+def test_a_change_that_the_camera_does_not_show(camera):
+    script = "#!/bin/sh\nsed -i 's/^CameraName=.*/CameraName=Another/' /etc/qvp/camera.ini\n"
+    camera.replace_script("/etc/init.d/llmnr-0", script)
+    assert_fails(6, "set", mac(camera), "name=Reception", words="does not show it: name")
+
+
+def test_an_ambiguous_name(lan):
+    one, other = living(lan.camera("--set", "CAMSYSTEM/CameraName=Twin")), lan.camera("--set", "CAMSYSTEM/CameraName=Twin")
+    assert_fails(2, "set", "Twin", "upnp=off", words="say which by its MAC", code="ambiguous")
+    error = qvpctl("get", "Twin").err
+    for camera in (one, other):
+        assert f"\n  {mac(camera)}  {camera.address}  Twin" in error
+
+
+def test_an_unknown_camera(camera):
+    for name in ("Nobody", "198.18.200.200", "02:00:00:00:00:99"):
+        assert_fails(1, "get", name, "--wait", "0.5", words=name)
+    assert_fails(1, "set", "Nobody", "name=Somebody", "--wait", "0.5", words="'qvpctl discover' shows those that do")
+
+
+def test_an_unknown_interface(camera):
+    for command in (["get", mac(camera)], ["set", mac(camera), "name=Gate"], ["discover"], ["scan", mac(camera)]):
+        assert_fails(3, *command, "-i", "nope0", words="interface nope0: no such interface")
+
+
+def test_nobody_to_ask_for_a_password(camera):
+    assert_fails(2, "verify", mac(camera), words="a password is needed", password=None)
+
+
+# --- The other commands -----------------------------------------------------------------------------------------------
+
+def test_show(camera):
+    page = qvpctl("show", mac(camera))
+    assert (page.status, page.err) == (0, "")
+    rows = dict(row.split(None, 1) for row in page.out.splitlines())
+    assert (rows["MAC"], rows["ipv4.address"], rows["wifi.ssid"]) == (mac(camera), f"{camera.address}/15", "Workshop")
+    record = qvpctl("show", mac(camera), "--json").records[0]
+    assert (record["mac"], record["settings"]["wifi.ssid"], "wifi.key" in record["settings"]) == (
+        mac(camera), "Workshop", False)
+
+
+def test_the_landap_family(camera):
+    assert_set(camera, "name=Front door", "upnp=off", "--family", "landap")
+    assert get(camera, "upnp") == "off"
+
+
+def test_scan(camera):
+    table = qvpctl("scan", mac(camera))
+    assert table.status == 0, table
+    assert [row.split()[-1] for row in table.out.splitlines()] == ["CHANNEL", "6", "1", "11", "4", "3", "9"]
+    sites = qvpctl("scan", mac(camera), "--last", "--json").records
+    assert sites[0] == {"ssid": "Workshop", "signal": 81, "channel": 6, "security": "wpa2-aes", "adHoc": False}
+
+
+@pytest.mark.parametrize("command, result, script", [
+    (["commit"], "committed", None), (["alert"], "answered", None),
+    (["reboot", "--no-wait"], "asked to reboot", "/var/reboot"),
+    (["factory-reset", "--yes"], "asked for its factory settings", "/etc/init.d/userconfig reset")])
+def test_asking_for_one_thing(camera, command, result, script):
+    name, *options = command
+    answer = qvpctl(name, mac(camera), *options, "--json")
+    assert answer.status == 0, answer
+    assert answer.records[0]["mac"] == mac(camera)
+    assert answer.records[0]["result"].startswith(result)
+    if script:
+        wait_until(lambda: any(line.startswith(script) for line in camera.commands()), script)
+
+
+def test_supported(camera):
+    table = qvpctl("supported", mac(camera))
+    assert (table.status, table.err) == (0, "")
+    assert "0x00A8  get wireless settings" in table.out.splitlines()
+    assert {"opcode": "0x00A8", "command": "get wireless settings"} in qvpctl("supported", mac(camera), "--json").records
+
+
+def test_a_factory_reset_is_not_done_unasked(camera):
+    assert_fails(2, "factory-reset", mac(camera), words="nothing was reset; --yes does it without asking")
+
+
+# --- Secrets ----------------------------------------------------------------------------------------------------------
+
+@pytest.mark.parametrize("form", [[], ["--json"]], ids=["plain", "json"])
+def test_a_secret_is_in_no_output(camera, tmp_path, form):
+    key, blocked = tmp_path / "key", tmp_path / "blocked"
+    key.write_text(MARK + "\n")
+    blocked.mkdir()
+    by_file, by_variable, target = f"=@{key}", "=env:KEY", mac(camera)
+    runs = [
+        (0, ["set", target, "wifi.key" + by_file, "ddns.password" + by_variable], "admin"),
+        (0, ["set", target, "wifi.key" + by_file], "admin"),
+        (0, ["get", target], "admin"),
+        (0, ["show", target], "admin"),
+        (4, ["verify", target], MARK),
+        (4, ["verify", target, "--password-file", str(key)], "admin"),
+        (4, ["set", target, "wifi.key" + by_file], MARK),
+        (2, ["set", target, "wifi.key=" + MARK], "admin"),
+        (2, ["set", target, "wifi.key", MARK], "admin"),
+        (2, ["set", target, "wifi.kye=" + MARK], "admin"),
+        (2, ["set", target, "--password", MARK, "name=Gate"], "admin"),
+        (2, ["set", target, "wifi.security=wep", "wifi.key" + by_file], "admin"),
+        (2, ["set", target, "wifi.security=none", "wifi.key" + by_file], "admin"),
+        (2, ["set", target, "password=env:LONG"], "admin"),
+        (2, ["verify", target], MARK + "x" * 48),
+        (3, ["set", target, f"wifi.key=@{blocked}"], MARK),
+        (3, ["verify", target, "--password-file", str(blocked)], MARK),
+        (5, ["set", target, "wifi.channel=200", "wifi.key=env:OTHER"], "admin"),
+        (1, ["set", "Nobody", "wifi.key" + by_file, "--wait", "0.3"], MARK),
+        (0, ["passwd", target, "--new", "@" + str(key)], "admin"),
+        (0, ["verify", target], MARK),
+    ]
+    for status, arguments, password in runs:
+        result = qvpctl(*arguments, *form, password=password, KEY=MARK, LONG=MARK + "x" * 48, OTHER=MARK + "2")
+        assert result.status == status, (arguments, result)
+        assert MARK not in result.out + result.err, arguments
+    assert camera.store()["WIRELESS"]["PreSharedKey"] == MARK.encode()
