@@ -27,13 +27,8 @@ static void assign(CameraState& wanted, const Assignment& assignment) try {
     throw Error(error.kind(), std::string(assignment.setting->key) + " " + error.what());
 }
 
-// The key of a network depends on its kind; the addresses make the method static, which a method that is asked for
-// must not undo unseen.
-static int turnOf(const Assignment& assignment) {
-    const std::string_view key = assignment.setting->key;
-    if (key == "ipv4.method") return 0;
-    return key == "wifi.key" ? 2 : 1;
-}
+// The key of a network comes last: what it must be depends on the network's kind.
+static bool isKey(const Assignment& assignment) { return std::string_view(assignment.setting->key) == "wifi.key"; }
 
 static void refuseContradictions(std::span<const Assignment> assignments) {
     for (const Assignment& assignment : assignments) {
@@ -54,7 +49,7 @@ static void refuseContradictions(std::span<const Assignment> assignments) {
 CameraState withAssignments(const CameraState& state, std::span<const Assignment> assignments) {
     refuseContradictions(assignments);
     std::vector<Assignment> inTurn(assignments.begin(), assignments.end());
-    std::ranges::stable_sort(inTurn, {}, turnOf);
+    std::ranges::stable_sort(inTurn, {}, isKey);
     CameraState wanted = state;
     for (const Assignment& assignment : inTurn) assign(wanted, assignment);
     return wanted;

@@ -48,7 +48,8 @@ TEST(Survey, LeavesOutPaddingAndEmptySlotsButNotHiddenNetworks) {
     putSite(reply, 0, "A", {50, 0x00, 0x10});
     putSite(reply, 1, "", {20, 0x40, 0x94});
     for (size_t slot = 2; slot < 10; slot++) putSite(reply, slot, "", {0x00, 0xF1, 0x0F});
-    EXPECT_THAT(namesOf(decodeSurvey(reply)), testing::ElementsAre("A", ""));
+    putSite(reply, 10, "", {0, 0x40, 0x94});  // hidden, and too weak for a percent
+    EXPECT_THAT(namesOf(decodeSurvey(reply)), testing::ElementsAre("A", "", ""));
     EXPECT_TRUE(decodeSurvey(surveyReply()).sites.empty());
 }
 
