@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "client/error.h"
+#include "client/layout.h"
 #include "client/text.h"
 #include "protocol/opcodes.h"
 
@@ -67,7 +68,14 @@ void Finder::take(const Incoming& incoming, const std::function<void(const Found
     const bool answered = camera.has_value();
     if (const auto presence = decodePresence(incoming.bytes)) camera = cameraOf(*presence);
     if (!camera) return;
-    add({*camera, *interface, answered, isNear(*interface, camera->address), false, false}, found);
+    add({.camera = *camera,
+         .interface = *interface,
+         .answered = answered,
+         .isNear = isNear(*interface, camera->address),
+         .sharesAddress = false,
+         .sharesMac = false,
+         .isElsewhere = !isSame(layoutOf<PacketHeader>(incoming.bytes).address, incoming.sender)},
+        found);
 }
 
 bool Finder::isEnough() const {

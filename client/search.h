@@ -28,6 +28,7 @@ struct Found {
     bool isNear;          // its address is of a subnet of this machine
     bool sharesAddress;   // another camera has the same
     bool sharesMac;       // the same MAC was heard from another address
+    bool isElsewhere;     // it was heard from another address than it claims
 };
 
 class Finder {

@@ -1,3 +1,4 @@
+#include <unistd.h>
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
@@ -5,10 +6,14 @@
 #include <iostream>
 
 #include "qvpctl/command.h"
+#include "qvpctl/completion.h"
 #include "qvpctl/exit_code.h"
 #include "qvpctl/output.h"
 #include "qvpctl/terminal_text.h"
 #include "qvpctl/tool.h"
+
+// For the shells' completion scripts alone: its words are no options of the tool's.
+static constexpr char kCompleteCommand[] = "__complete";
 
 static const char kExamples[] =
     "  qvpctl discover                                   find every camera on the networks of this machine\n"
@@ -37,6 +42,10 @@ static void addSubcommand(CLI::App& tool, const Subcommand& command, CommonOptio
     app->callback([work, &chosen] { chosen = work; });
 }
 
+static std::string errorPrefix() {
+    return isStyled(STDERR_FILENO) ? styled("qvpctl:", Look::Failure) + " " : "qvpctl: ";
+}
+
 static void reportAsJson(const char* code, const std::string& message) {
     std::cerr << jsonLine({
         {"error", {{"code", code}, {"message", message}}}
@@ -47,7 +56,7 @@ static int reportError(const client::Error& error, bool json) {
     if (json) {
         reportAsJson(stableName(error.kind()), error.what());
     } else {
-        std::cerr << "qvpctl: " << error.what() << "\n";
+        std::cerr << errorPrefix() << error.what() << "\n";
     }
     return exitCodeOf(error.kind());
 }
@@ -77,7 +86,7 @@ static int reportUsage(const CLI::App& tool, const CLI::ParseError& error, bool 
     if (json) {
         reportAsJson("usage", what);
     } else {
-        std::cerr << "qvpctl: " << what << "\nTry '" << help << "'.\n";
+        std::cerr << errorPrefix() << what << "\nTry '" << help << "'.\n";
     }
     return kUsage;
 }
@@ -96,6 +105,10 @@ int runTool(std::span<const Subcommand* const> commands, int argc, char** argv) 
     CommonOptions common;
     Work chosen;
     for (const Subcommand* command : commands) addSubcommand(tool, *command, common, chosen);
+    if (argc > 1 && strcmp(argv[1], kCompleteCommand) == 0) {
+        complete(describe(tool), {argv + 2, argv + argc});
+        return kSuccess;
+    }
     try {
         tool.parse(argc, argv);
         if (common.json) sayInJson();

@@ -5,11 +5,14 @@
 
 extern const Subcommand kAlert;
 extern const Subcommand kCommit;
+extern const Subcommand kCompletion;
 extern const Subcommand kDiscover;
 extern const Subcommand kFactoryReset;
 extern const Subcommand kGet;
 extern const Subcommand kHelp;
+extern const Subcommand kOpen;
 extern const Subcommand kPasswd;
+extern const Subcommand kRaw;
 extern const Subcommand kReboot;
 extern const Subcommand kScan;
 extern const Subcommand kSet;
@@ -17,3 +20,6 @@ extern const Subcommand kShow;
 extern const Subcommand kSupported;
 extern const Subcommand kVerify;
 extern const Subcommand kWatch;
+
+// All of them, in the order of the help.
+std::span<const Subcommand* const> allCommands();

@@ -2,12 +2,7 @@
 #include "qvpctl/commands.h"
 #include "qvpctl/terminal_text.h"
 
-static const Subcommand* const kSubcommands[] = {
-    &kDiscover, &kWatch,  &kShow,         &kGet,    &kSet,       &kPasswd, &kVerify,
-    &kScan,     &kReboot, &kFactoryReset, &kCommit, &kSupported, &kAlert,  &kHelp,
-};
-
 int main(int argc, char** argv) {
     useUtf8();
-    return runTool(kSubcommands, argc, argv);
+    return runTool(allCommands(), argc, argv);
 }

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <cmath>
 #include <map>
 
@@ -15,19 +16,20 @@ void addCommonOptions(CLI::App& app, CommonOptions& options) {
         {"landap",  client::Family::Landap }
     };
     const auto add = [&](const char* names, auto& value, const char* help, const char* type) {
-        return app.add_option(names, value, help)->type_name(type)->group("Options of every command");
+        return app.add_option(names, value, help)->type_name(type)->group(kCommonGroup);
     };
     add("-i,--interface", options.interface, "Use this interface only, loopback too if named", "NAME")
         ->check(checkNotEmpty);
     add("-w,--wait", options.waitSeconds, "How long to take answers to each request (default 2)", "SECONDS")
         ->check(checkSeconds);
-    add("--retries", options.retries, "How often to ask again (default 2)", "N")->check(CLI::Range(0, 100));
+    add("--retries", options.retries, "How often to ask again (default 2)", "N")
+        ->check(CLI::Range(0, 100).description(""));
     add("--family", options.family, "Command family: primary (default) or landap", "NAME")
-        ->transform(CLI::CheckedTransformer(families, CLI::ignore_case).description(""));
+        ->transform(CLI::CheckedTransformer(families, CLI::ignore_case).description("").name("primary landap"));
     add("--user", options.user, "Administrator (default $QVPCTL_USER, else admin)", "NAME");
     add("--password-file", options.passwordFile,
         "File whose first line is the password (default $QVPCTL_PASSWORD, else a prompt)", "FILE");
-    app.add_flag("--json", options.json, "Print JSON, one object a line")->group("Options of every command");
+    app.add_flag("--json", options.json, "Print JSON, one object a line")->group(kCommonGroup);
 }
 
 void addCamera(CLI::App& app, std::string& camera) {
@@ -42,9 +44,43 @@ void addNeededWords(CLI::App& app, const char* name, std::vector<std::string>& w
     app.add_option(name, words, help)->required()->type_name("");
 }
 
+// The name of the check is where `describe` finds the words.
+static CLI::Validator isOneOf(const std::vector<std::string>& words) {
+    return CLI::IsMember(words).description("").name(CLI::detail::join(words, " "));
+}
+
 void addChoice(CLI::App& app, const char* name, std::string& word, const std::vector<std::string>& words,
                const char* help) {
-    app.add_option(name, word, help)->required()->type_name("")->check(CLI::IsMember(words).description(""));
+    CLI::Option* option = app.add_option(name, word, help)->check(isOneOf(words));
+    const bool isWord = name[0] != '-';
+    option->required(isWord)->type_name(isWord ? "" : "WORD");
+}
+
+static std::vector<std::string> takeApart(const std::string& list) {
+    std::vector<std::string> words(1);
+    for (const char letter : list) {
+        if (letter == ',') {
+            words.emplace_back();
+        } else {
+            words.back() += letter;
+        }
+    }
+    return words;
+}
+
+void addList(CLI::App& app, const char* names, std::vector<std::string>& words, const std::vector<std::string>& known,
+             const char* help) {
+    const auto check = [known](const std::string& list) -> std::string {
+        for (const std::string& word : takeApart(list)) {
+            if (std::ranges::count(known, word) == 0)
+                return "there is no '" + word + "' among " + CLI::detail::join(known, ", ");
+        }
+        return "";
+    };
+    const auto take = [&words](const std::string& list) { words = takeApart(list); };
+    app.add_option_function<std::string>(names, take, help)
+        ->type_name("LIST")
+        ->check(CLI::Validator(check, "", CLI::detail::join(known, " ")));
 }
 
 void addText(CLI::App& app, const char* names, std::string& text, const char* type, const char* help) {

@@ -13,6 +13,8 @@ namespace CLI {
 class App;
 }
 
+inline constexpr char kCommonGroup[] = "Options of every command";
+
 // Those that every command takes behind its name.
 struct CommonOptions {
     std::string interface;  // empty: every one that can broadcast
@@ -32,9 +34,13 @@ void addCommonOptions(CLI::App& app, CommonOptions& options);
 void addCamera(CLI::App& app, std::string& camera);
 void addWords(CLI::App& app, const char* name, std::vector<std::string>& words, const char* help);
 void addNeededWords(CLI::App& app, const char* name, std::vector<std::string>& words, const char* help);
+// The words are what completion offers, too.
 void addChoice(CLI::App& app, const char* name, std::string& word, const std::vector<std::string>& words,
                const char* help);
 
+// Words of that list with commas between them, in any order.
+void addList(CLI::App& app, const char* names, std::vector<std::string>& words, const std::vector<std::string>& known,
+             const char* help);
 void addText(CLI::App& app, const char* names, std::string& text, const char* type, const char* help);
 void addCount(CLI::App& app, const char* names, uint32_t& count, const char* help);
 void addFlag(CLI::App& app, const char* names, bool& flag, const char* help);

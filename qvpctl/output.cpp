@@ -1,8 +1,11 @@
 #include "qvpctl/output.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <iostream>
 #include <string>
 #include <vector>
 
@@ -39,13 +42,35 @@ static Row cells(std::span<const Column> columns, const Record& record) {
     return row;
 }
 
-static void printRow(std::ostream& stream, const Row& row, const std::vector<size_t>& widths) {
-    for (size_t i = 0; i + 1 < row.size(); i++) {
-        const size_t width = displayWidth(row[i]);
-        stream << row[i] << std::string(std::max(widths[i], width) - width + 2, ' ');
+// The rows of a table; what a cell looks like takes no place.
+class RowPrinter {
+public:
+    RowPrinter(std::ostream& stream, std::span<const Column> columns, Looks looks)
+        : stream_(stream), columns_(columns), looks_(looks) {}
+
+    void printHeadings(const std::vector<size_t>& widths) const {
+        print(headings(columns_), widths, [](size_t) { return Look::Heading; });
     }
-    stream << row.back() << '\n';
-}
+
+    void printCells(const Row& row, const std::vector<size_t>& widths) const {
+        print(row, widths, [&](size_t i) { return row[i] == "-" ? Look::Plain : columns_[i].look; });
+    }
+
+private:
+    template <typename LookOf>
+    void print(const Row& row, const std::vector<size_t>& widths, LookOf lookOf) const {
+        for (size_t i = 0; i < row.size(); i++) {
+            const size_t width = displayWidth(row[i]);
+            stream_ << (looks_ == Looks::Yes ? styled(row[i], lookOf(i)) : row[i]);
+            if (i + 1 < row.size()) stream_ << std::string(std::max(widths[i], width) - width + 2, ' ');
+        }
+        stream_ << '\n';
+    }
+
+    std::ostream& stream_;
+    std::span<const Column> columns_;
+    Looks looks_;
+};
 
 std::string jsonLine(const Record& record) {
     return record.dump(-1, ' ', true, Record::error_handler_t::replace) + "\n";
@@ -64,55 +89,37 @@ private:
     std::ostream& stream_;
 };
 
-class SortedTable : public Output {
+class Table : public Output {
 public:
-    SortedTable(std::ostream& stream, std::span<const Column> columns, const char* sortKey)
-        : stream_(stream), columns_(columns), sortKey_(sortKey) {}
+    Table(std::ostream& stream, std::span<const Column> columns, Looks looks)
+        : stream_(stream), columns_(columns), printer_(stream, columns, looks) {}
 
-    void add(const Record& record) override { records_.push_back(record); }
+    void add(const Record& record) override { rows_.push_back(cells(columns_, record)); }
 
     void finish() override {
-        if (records_.empty()) {
-            return;
-        }
-        if (sortKey_ != nullptr) sort();
-        std::vector<Row> rows;
-        if (*columns_.front().heading != '\0') rows.push_back(headings(columns_));
-        for (const Record& record : records_) {
-            rows.push_back(cells(columns_, record));
-        }
-        const std::vector<size_t> widths = columnWidths(rows);
-        for (const Row& row : rows) {
-            printRow(stream_, row, widths);
-        }
+        if (rows_.empty()) return;
+        const bool hasHeadings = *columns_.front().heading != '\0';
+        const std::vector<size_t> widths = columnWidths(hasHeadings);
+        if (hasHeadings) printer_.printHeadings(widths);
+        for (const Row& row : rows_) printer_.printCells(row, widths);
         flush(stream_);
     }
 
 private:
-    const std::string& sortText(const Record& record) const {
-        return record.at(sortKey_).get_ref<const std::string&>();
-    }
-
-    void sort() {
-        std::stable_sort(records_.begin(), records_.end(), [this](const Record& a, const Record& b) {
-            return strverscmp(sortText(a).c_str(), sortText(b).c_str()) < 0;
-        });
-    }
-
-    std::vector<size_t> columnWidths(const std::vector<Row>& rows) const {
+    std::vector<size_t> columnWidths(bool hasHeadings) const {
         std::vector<size_t> widths(columns_.size(), 0);
-        for (const Row& row : rows) {
-            for (size_t i = 0; i < row.size(); i++) {
-                widths[i] = std::max(widths[i], displayWidth(row[i]));
-            }
-        }
+        const auto widen = [&](const Row& row) {
+            for (size_t i = 0; i < row.size(); i++) widths[i] = std::max(widths[i], displayWidth(row[i]));
+        };
+        if (hasHeadings) widen(headings(columns_));
+        std::ranges::for_each(rows_, widen);
         return widths;
     }
 
     std::ostream& stream_;
     std::span<const Column> columns_;
-    const char* sortKey_;
-    std::vector<Record> records_;
+    RowPrinter printer_;
+    std::vector<Row> rows_;
 };
 
 // A cell with a comma, a semicolon or a quote stands in quotes, with its own quotes doubled. A text that a spreadsheet
@@ -166,33 +173,29 @@ private:
 
 class LiveTable : public Output {
 public:
-    LiveTable(std::ostream& stream, std::span<const Column> columns) : stream_(stream), columns_(columns) {
-        for (const Column& column : columns) {
-            widths_.push_back(column.width);
-        }
-        printRow(stream_, headings(columns), widths_);
+    LiveTable(std::ostream& stream, std::span<const Column> columns, Looks looks)
+        : stream_(stream), columns_(columns), printer_(stream, columns, looks) {
+        for (const Column& column : columns) widths_.push_back(column.width);
+        printer_.printHeadings(widths_);
         flush(stream_);
     }
 
     void add(const Record& record) override {
-        printRow(stream_, cells(columns_, record), widths_);
+        printer_.printCells(cells(columns_, record), widths_);
         flush(stream_);
     }
 
 private:
     std::ostream& stream_;
     std::span<const Column> columns_;
+    RowPrinter printer_;
     std::vector<size_t> widths_;
 };
 
 std::unique_ptr<Output> jsonLines(std::ostream& stream) { return std::make_unique<JsonLines>(stream); }
 
-std::unique_ptr<Output> sortedTable(std::ostream& stream, std::span<const Column> columns, const char* sortKey) {
-    return std::make_unique<SortedTable>(stream, columns, sortKey);
-}
-
-std::unique_ptr<Output> table(std::ostream& stream, std::span<const Column> columns) {
-    return std::make_unique<SortedTable>(stream, columns, nullptr);
+std::unique_ptr<Output> table(std::ostream& stream, std::span<const Column> columns, Looks looks) {
+    return std::make_unique<Table>(stream, columns, looks);
 }
 
 std::unique_ptr<Output> csv(std::ostream& stream, std::span<const Column> columns) {
@@ -203,6 +206,24 @@ std::unique_ptr<Output> plainValues(std::ostream& stream, const char* key) {
     return std::make_unique<PlainValues>(stream, key);
 }
 
-std::unique_ptr<Output> liveTable(std::ostream& stream, std::span<const Column> columns) {
-    return std::make_unique<LiveTable>(stream, columns);
+std::unique_ptr<Output> liveTable(std::ostream& stream, std::span<const Column> columns, Looks looks) {
+    return std::make_unique<LiveTable>(stream, columns, looks);
+}
+
+Looks outputLooks() { return isStyled(STDOUT_FILENO) ? Looks::Yes : Looks::No; }
+
+std::unique_ptr<Output> tableOrJson(bool json, std::span<const Column> columns) {
+    return json ? jsonLines(std::cout) : table(std::cout, columns, outputLooks());
+}
+
+void sortBy(std::vector<Record>& records, const std::string& key) {
+    const auto textOf = [&](const Record& record) {
+        const Record& value = record.at(key);
+        return value.is_string() ? value.get<std::string>() : value.is_null() ? "" : value.dump();
+    };
+    std::ranges::stable_sort(records, [&](const Record& a, const Record& b) {
+        const std::string one = textOf(a), other = textOf(b);
+        if (one.empty() || other.empty()) return other.empty() && !one.empty();
+        return strverscmp(one.c_str(), other.c_str()) < 0;
+    });
 }

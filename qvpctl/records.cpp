@@ -13,6 +13,7 @@ std::vector<std::string> problemsOf(const client::Found& found) {
     if (!found.isNear) problems.emplace_back("other-subnet");
     if (found.sharesAddress) problems.emplace_back("duplicate-address");
     if (found.sharesMac) problems.emplace_back("duplicate-mac");
+    if (found.isElsewhere) problems.emplace_back("sender-differs");
     return problems;
 }
 

@@ -18,5 +18,6 @@ Record recordOf(const client::Site& site);
 // One setting and its value; null for a secret.
 Record recordOf(const client::Setting& setting, const client::CameraState& state);
 
-// What is wrong with a camera's place on the network, each in a word: other-subnet, duplicate-address, duplicate-mac.
+// What is wrong with a camera's place on the network, each in a word: other-subnet, duplicate-address, duplicate-mac,
+// sender-differs.
 std::vector<std::string> problemsOf(const client::Found& found);

@@ -66,12 +66,10 @@ CameraState Session::read(std::span<const Group> groups) {
     return state;
 }
 
-void Session::sendGroup(Group group, const GroupRequest& request, const CameraState& wanted, const Watch& watch) {
+std::chrono::seconds Session::sendGroup(Group group, const GroupRequest& request, const CameraState& wanted) {
     const Reply reply = ask(request.opcode, request.bytes, sizeof(SettingReply));
-    watch({Progress::Step::Sent, group, std::chrono::seconds(0)});
     if (group == Group::Password) login_.password = *wanted.password;
-    const auto away = std::max(factsOf(group).away, std::chrono::ceil<std::chrono::seconds>(timeAway(reply)));
-    if (away.count() > 0) awaitGroup(group, away, wanted, watch);
+    return std::max(factsOf(group).away, std::chrono::ceil<std::chrono::seconds>(timeAway(reply)));
 }
 
 // A camera may answer once more from its old address before it moves.
@@ -79,33 +77,40 @@ static bool isWhereWanted(const Camera& camera, const Camera& wanted) {
     return wanted.dhcp || std::ranges::equal(camera.address.bytes, wanted.address.bytes);
 }
 
-void Session::awaitGroup(Group group, std::chrono::seconds away, const CameraState& wanted, const Watch& watch) {
+void Session::awaitGroup(Group group, std::chrono::seconds away, const CameraState& wanted) {
     if (group == Group::Basic && !wanted.camera.dhcp) conversation_.moveTo(wanted.camera.address);
-    watch({Progress::Step::Away, group, away});
     const auto isBack = [&](const Camera& camera) {
         return group != Group::Basic || isWhereWanted(camera, wanted.camera);
     };
-    if (!awaitReturn(3 * away, isBack)) {
-        throw Error(ErrorKind::Unverified, "the camera was sent the change but has not come back with it within " +
-                                               std::to_string((3 * away).count()) + " s");
-    }
-    watch({Progress::Step::Back, group, std::chrono::seconds(0)});
+    if (awaitReturn(3 * away, isBack)) return;
+    throw Error(ErrorKind::Unverified, "the camera was sent the change but has not come back with it within " +
+                                           std::to_string((3 * away).count()) + " s");
 }
 
 // All are encoded before the first is sent, so that a value that will not do stops the whole.
-void Session::apply(const CameraState& state, const CameraState& wanted, const Watch& watch) {
+void Session::apply(const CameraState& state, const CameraState& wanted, const Watch& watch, End end) {
     const std::vector<Group> groups = changedGroups(state, wanted);
     for (const Group group : groups) encodeGroup(group, state, wanted, login_);
-    for (const Group group : groups) sendGroup(group, encodeGroup(group, state, wanted, login_), wanted, watch);
+    for (const Group group : groups) {
+        const auto away = sendGroup(group, encodeGroup(group, state, wanted, login_), wanted);
+        watch({Progress::Step::Sent, group, away});
+        const bool isEnd = group == groups.back() && end == End::Sent;
+        if (away.count() == 0 || isEnd) continue;
+        watch({Progress::Step::Away, group, away});
+        awaitGroup(group, away, wanted);
+        watch({Progress::Step::Back, group, away});
+    }
 }
 
-void Session::applyUnheard(const CameraState& state, const CameraState& wanted, const Watch& watch) {
+void Session::applyUnheard(const CameraState& state, const CameraState& wanted, const Watch& watch, End end) {
     const GroupRequest request = encodeGroup(Group::Basic, state, wanted, login_);
-    if (const auto reply = conversation_.ask(request.opcode, request.bytes, sizeof(SettingReply))) {
-        checkOutcome(*reply);
-        watch({Progress::Step::Sent, Group::Basic, std::chrono::seconds(0)});
-    }
-    awaitGroup(Group::Basic, factsOf(Group::Basic).away, wanted, watch);
+    const auto away = factsOf(Group::Basic).away;
+    if (const auto reply = conversation_.ask(request.opcode, request.bytes, sizeof(SettingReply))) checkOutcome(*reply);
+    watch({Progress::Step::Sent, Group::Basic, away});
+    if (end == End::Sent) return;
+    watch({Progress::Step::Away, Group::Basic, away});
+    awaitGroup(Group::Basic, away, wanted);
+    watch({Progress::Step::Back, Group::Basic, away});
 }
 
 static std::vector<Group> groupsOf(std::span<const Assignment> assignments) {

@@ -13,10 +13,10 @@ namespace client {
 
 // What a change is doing, for whoever looks on.
 struct Progress {
-    enum class Step { Sent, Away, Back, Verified };
+    enum class Step { Sent, Away, Back };
     Step step;
-    Group group;                // of Sent and Away
-    std::chrono::seconds away;  // how long Away will take, as far as is known
+    Group group;
+    std::chrono::seconds away;  // how long that takes, as far as is known; 0: not at all
 };
 
 class Session {
@@ -31,13 +31,14 @@ public:
     // Its settings, with the parts that these groups need. Throws Error NotFound or Credentials.
     CameraState read(std::span<const Group> groups);
 
-    // Makes the camera as wanted, group after group, and waits until it is back after each that takes it away. Throws
-    // Error BadValue before anything is sent, Credentials or Refused for what the camera says, and NotFound for what it
-    // does not.
-    void apply(const CameraState& state, const CameraState& wanted, const Watch& watch);
+    // Makes the camera as wanted, group after group, and waits until it is back after each that takes it away; after
+    // the last one only if `end` says so. Throws Error BadValue before anything is sent, Credentials or Refused for
+    // what the camera says, and NotFound for what it does not.
+    enum class End { Waited, Sent };
+    void apply(const CameraState& state, const CameraState& wanted, const Watch& watch, End end = End::Waited);
 
     // Sends what `apply` would for the basic group to a camera whose answers do not reach this machine.
-    void applyUnheard(const CameraState& state, const CameraState& wanted, const Watch& watch);
+    void applyUnheard(const CameraState& state, const CameraState& wanted, const Watch& watch, End end = End::Waited);
 
     // The assignments that the camera does not show; empty when all is as wanted.
     std::vector<std::string> verify(const CameraState& wanted, std::span<const Assignment> assignments);
@@ -58,8 +59,8 @@ public:
 private:
     Reply ask(uint16_t opcode, std::vector<uint8_t> request, size_t replyLength);
     void readGroup(Group group, CameraState& state);
-    void sendGroup(Group group, const GroupRequest& request, const CameraState& wanted, const Watch& watch);
-    void awaitGroup(Group group, std::chrono::seconds away, const CameraState& wanted, const Watch& watch);
+    std::chrono::seconds sendGroup(Group group, const GroupRequest& request, const CameraState& wanted);
+    void awaitGroup(Group group, std::chrono::seconds away, const CameraState& wanted);
     bool isBackNow(const IsBack& isBack);
     void pause();
 

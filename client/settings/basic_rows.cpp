@@ -28,6 +28,8 @@ static void setMethod(CameraState& wanted, const std::string& text) {
     wanted.camera.dhcp = text == "dhcp";
 }
 
+static std::vector<std::string> methods() { return {"dhcp", "static"}; }
+
 static std::string getAddress(const CameraState& state) {
     const auto length = prefixLength(state.camera.netmask);
     const std::string mask = length ? std::to_string(*length) : addressText(state.camera.netmask);
@@ -97,8 +99,9 @@ static constexpr Setting kRows[] = {
      .summary = "where its address comes from",
      .values = "dhcp or static",
      .quirk = "static without ipv4.address keeps the address it has",
+     .choices = methods,
      .get = getMethod,
-     .set = setMethod  },
+     .set = setMethod},
     {.key = "ipv4.address",
      .group = Group::Basic,
      .summary = "its address and the length of its network's prefix",

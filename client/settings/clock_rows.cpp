@@ -22,6 +22,12 @@ static void setZone(CameraState& wanted, const std::string& text) {
     throw badValue("is no time zone that cameras know; 'qvpctl help time-zones' lists them");
 }
 
+static std::vector<std::string> zones() {
+    std::vector<std::string> names;
+    for (const TimeZone& zone : timeZones()) names.emplace_back(zone.name);
+    return names;
+}
+
 static std::string getDaylightSaving(const CameraState& state) { return onOff(state.clock->daylightSaving); }
 
 static void setDaylightSaving(CameraState& wanted, const std::string& text) {
@@ -81,13 +87,15 @@ static constexpr Setting kRows[] = {
      .summary = "its time zone",
      .values = "a name such as Europe/Berlin, or a number",
      .quirk = "",
+     .choices = zones,
      .get = getZone,
-     .set = setZone          },
+     .set = setZone},
     {.key = "time.daylight-saving",
      .group = Group::Clock,
      .summary = "whether it follows daylight saving time",
      .values = "on or off",
      .quirk = "",
+     .choices = onOffChoices,
      .get = getDaylightSaving,
      .set = setDaylightSaving},
     {.key = "time.ntp",
@@ -96,14 +104,14 @@ static constexpr Setting kRows[] = {
      .values = "a name or address of at most 63 bytes, or off",
      .quirk = "the camera is busy for 8 s after the change",
      .get = getNtp,
-     .set = setNtp           },
+     .set = setNtp                                               },
     {.key = "time.now",
      .group = Group::Clock,
      .summary = "its local time",
      .values = "now (this machine's time), or such as 2026-01-31T10:20:30",
      .quirk = "cameras take no time whose hour, minute or second is 0, so none in the hour after midnight",
      .get = getNow,
-     .set = setNow           },
+     .set = setNow},
 };
 
 std::span<const Setting> clockRows() { return kRows; }

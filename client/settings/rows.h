@@ -19,6 +19,7 @@ inline Error badValue(const std::string& what) { return Error(ErrorKind::BadValu
 
 inline const char* onOff(bool value) { return value ? "on" : "off"; }
 bool parseOnOff(const std::string& text);
+inline std::vector<std::string> onOffChoices() { return {"on", "off"}; }
 
 // Throws Error BadValue for a text that is longer than its field, or holds a NUL byte.
 void checkLength(const std::string& text, size_t longest);

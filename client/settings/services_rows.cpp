@@ -37,6 +37,7 @@ static constexpr Setting kRows[] = {
      .summary = "whether it announces itself by UPnP",
      .values = "on or off",
      .quirk = "",
+     .choices = onOffChoices,
      .get = getUpnp,
      .set = setUpnp},
     {.key = "ddns.user",
@@ -65,13 +66,14 @@ static constexpr Setting kRows[] = {
      .summary = "whether it dials in by PPPoE",
      .values = "on or off",
      .quirk = "cameras tell it but do not let it be set",
-     .get = getPppoe                 },
+     .choices = onOffChoices,
+     .get = getPppoe},
     {.key = "pppoe.user",
      .group = Group::Services,
      .summary = "user name for that",
      .values = "text",
      .quirk = "cameras tell it but do not let it be set",
-     .get = getPppoeUser                 },
+     .get = getPppoeUser                          },
 };
 
 std::span<const Setting> servicesRows() { return kRows; }

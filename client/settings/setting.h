@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "client/settings/state.h"
 
@@ -30,6 +31,9 @@ struct Setting {
     const char* summary;  // one line
     const char* values;   // what it takes, for people
     const char* quirk;    // what one would not expect of it; "" for nothing
+
+    // Every value it takes, where those are words. Null: it takes others.
+    std::vector<std::string> (*choices)() = nullptr;
 
     // The value as text, "" for none. Null for a secret, and for what no camera tells.
     std::string (*get)(const CameraState& state) = nullptr;

@@ -13,6 +13,7 @@
 #include "qvpctl/output.h"
 #include "qvpctl/secret_source.h"
 #include "qvpctl/tool.h"
+#include "qvpctl/wait_bar.h"
 
 using client::Error;
 using client::ErrorKind;
@@ -23,7 +24,7 @@ static const Column kResult[] = {
 };
 
 static void tellResult(const CommonOptions& common, const client::Session& session, const std::string& result) {
-    const auto output = common.json ? jsonLines(std::cout) : table(std::cout, kResult);
+    const auto output = tableOrJson(common.json, kResult);
     output->add({
         {"mac",    client::macText(session.target().mac)},
         {"result", result                               }
@@ -52,18 +53,22 @@ static constexpr std::chrono::seconds kBootPatience(180);
 // A camera waits before it goes, so that its answer gets out.
 static constexpr std::chrono::seconds kUntilGone(7);
 
-static void waitForReboot(client::Link& link, client::Session& session) {
+static void waitForReboot(WaitBar& link, client::Session& session) {
     say("the camera reboots; waiting until it is back");
+    link.show(kBootPatience);
     const auto gone = link.now() + kUntilGone;
     while (link.receiveUntil(gone)) continue;
-    if (!session.awaitReturn(kBootPatience)) {
+    const bool isBack = session.awaitReturn(kBootPatience);
+    link.hide();
+    if (!isBack) {
         throw Error(ErrorKind::Unverified,
                     "the camera has not come back within " + std::to_string(kBootPatience.count()) + " s");
     }
 }
 
 static int reboot(const CommonOptions& common, const std::string& camera, bool noWait) {
-    client::UdpLink link(client::UdpLink::Hears::Replies);
+    client::UdpLink network(client::UdpLink::Hears::Replies);
+    WaitBar link(network);
     client::Session session = open(link, common, camera, NeedsLogin::Yes);
     session.request(opcode::kReboot);
     if (!noWait) waitForReboot(link, session);
@@ -107,7 +112,7 @@ static const Column kSupportedColumns[] = {
 static int supported(const CommonOptions& common, const std::string& camera) {
     client::UdpLink link(client::UdpLink::Hears::Replies);
     client::Session session = open(link, common, camera, NeedsLogin::No);
-    const auto output = common.json ? jsonLines(std::cout) : table(std::cout, kSupportedColumns);
+    const auto output = tableOrJson(common.json, kSupportedColumns);
     for (const uint16_t code : session.supported()) {
         char number[8];
         snprintf(number, sizeof number, "0x%04X", code);

@@ -39,7 +39,7 @@ static int get(const GetOptions& options, const CommonOptions& common) {
     const bool isOneValue = options.keys.size() == 1 && settings.size() == 1 && !common.json;
     const auto output = common.json  ? jsonLines(std::cout)
                         : isOneValue ? plainValues(std::cout, "value")
-                                     : table(std::cout, kColumns);
+                                     : table(std::cout, kColumns, outputLooks());
     for (const client::Setting* setting : settings) {
         if (setting->get != nullptr || common.json || isOneValue) output->add(recordOf(*setting, state));
     }

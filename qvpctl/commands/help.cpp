@@ -6,11 +6,13 @@
 #include "qvpctl/commands.h"
 #include "qvpctl/exit_code.h"
 #include "qvpctl/keys.h"
+#include "qvpctl/manual.h"
 
 static const char kExamples[] =
     "  qvpctl help exit-status   what each exit status says\n"
     "  qvpctl help settings      every setting, and the values it takes\n"
-    "  qvpctl help time-zones    every time zone that cameras know\n";
+    "  qvpctl help time-zones    every time zone that cameras know\n"
+    "  qvpctl help manual | man -l -\n";
 
 static std::string zonesHelp() {
     std::string text = "Time zones, west to east; each goes by its number, its name, or any of its places:\n";
@@ -24,18 +26,20 @@ static std::string zonesHelp() {
     return text;
 }
 
-static std::string textOf(const std::string& topic) {
+static std::string textOf(const std::string& topic, const CLI::App& app) {
+    if (topic == "manual") return manualPage(allCommands(), describe(app));
     if (topic == "exit-status") return std::string(exitStatusHelp()) + "\n";
     return topic == "settings" ? settingsHelp() : zonesHelp();
 }
 
 static Work prepare(CLI::App& app, const CommonOptions&) {
     const auto topic = std::make_shared<std::string>();
-    addChoice(app, "TOPIC", *topic, {"exit-status", "settings", "time-zones"}, "exit-status, settings or time-zones");
-    return [topic] {
-        std::cout << textOf(*topic) << std::flush;
+    addChoice(app, "TOPIC", *topic, {"exit-status", "settings", "time-zones", "manual"},
+              "exit-status, settings, time-zones or manual");
+    return [topic, &app] {
+        std::cout << textOf(*topic, app) << std::flush;
         return std::cout ? kSuccess : kThisMachine;
     };
 }
 
-const Subcommand kHelp = {"help", "Explain exit status, settings or time zones.", kExamples, prepare};
+const Subcommand kHelp = {"help", "Explain exit status, settings or time zones; print the manual.", kExamples, prepare};

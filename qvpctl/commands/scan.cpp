@@ -11,6 +11,7 @@
 #include "qvpctl/records.h"
 #include "qvpctl/secret_source.h"
 #include "qvpctl/tool.h"
+#include "qvpctl/wait_bar.h"
 
 static const char kExamples[] =
     "  qvpctl scan 'Front door'          scan, wait, and show the networks\n"
@@ -28,33 +29,38 @@ struct ScanOptions {
     bool last = false;
 };
 
-static Record withBar(Record record) {
+static Record withBar(Record record, bool isTerminal) {
     const unsigned signal = std::min(record["signal"].get<unsigned>(), 100u);
     const unsigned full = (signal + 19) / 20;
     std::string bar;
-    for (unsigned i = 0; i < 5; i++) bar += i < full ? "\u25A0" : "\u25A1";
-    record["bar"] = bar + " " + std::to_string(signal) + "%";
+    for (unsigned i = 0; isTerminal && i < 5; i++) bar += i < full ? "\u25A0" : "\u25A1";
+    record["bar"] = bar + (isTerminal ? " " : "") + std::to_string(signal) + "%";
     return record;
 }
 
 // A camera that scans does not answer meanwhile: its first answer is the end of the scan.
-static void waitForScan(client::Session& session, std::chrono::milliseconds announced) {
+static void waitForScan(client::Session& session, WaitBar& bar, std::chrono::milliseconds announced) {
     const auto patience = std::chrono::ceil<std::chrono::seconds>(announced) + std::chrono::seconds(30);
     say("the camera scans; that takes up to " + std::to_string(announced.count() / 1000) + " s");
-    if (session.awaitReturn(patience)) return;
+    bar.show(std::chrono::ceil<std::chrono::seconds>(announced));
+    const bool isBack = session.awaitReturn(patience);
+    bar.hide();
+    if (isBack) return;
     throw client::Error(client::ErrorKind::Unverified, "the camera has not come back from its scan");
 }
 
 static int scan(const ScanOptions& options, const CommonOptions& common) {
-    client::UdpLink link(client::UdpLink::Hears::Replies);
+    client::UdpLink network(client::UdpLink::Hears::Replies);
+    WaitBar link(network);
     const client::Found camera = findCamera(link, common, options.camera);
     client::Session session = openSession(link, common, camera, readLogin(common));
-    if (!options.last) waitForScan(session, session.request(opcode::kInitSiteSurvey));
+    if (!options.last) waitForScan(session, link, session.request(opcode::kInitSiteSurvey));
     const client::Survey survey = session.fetchSurvey();
-    const auto output = common.json ? jsonLines(std::cout) : table(std::cout, kColumns);
+    const auto output = tableOrJson(common.json, kColumns);
+    const bool isTerminal = isatty(STDOUT_FILENO) != 0;
     for (const client::Site& site : survey.sites) {
         const Record record = recordOf(site);
-        output->add(common.json ? record : withBar(record));
+        output->add(common.json ? record : withBar(record, isTerminal));
     }
     output->finish();
     if (!survey.isComplete) say("the camera sees more networks than the twenty it can tell");

@@ -12,6 +12,7 @@
 #include "qvpctl/records.h"
 #include "qvpctl/secret_source.h"
 #include "qvpctl/tool.h"
+#include "qvpctl/wait_bar.h"
 
 using client::Assignment;
 using client::CameraState;
@@ -35,7 +36,9 @@ public:
 
     int run() {
         refuseNow();
-        client::UdpLink link = linkWithReports();
+        client::UdpLink network = linkWithReports();
+        WaitBar link(network);
+        bar_ = &link;
         const bool isMac = client::parseMac(options_.camera).has_value();
         const Found camera =
             findCamera(link, common_, options_.camera, isMac ? kReportInterval : std::chrono::seconds(0));
@@ -72,8 +75,8 @@ private:
         const CameraState wanted = client::withAssignments(state, assignments_);
         report(state, wanted);
         if (client::changedGroups(state, wanted).empty()) return;
-        session.apply(state, wanted, tell);
-        verify(session, wanted);
+        session.apply(state, wanted, watch(), end());
+        if (!options_.noWait) verify(session, wanted);
     }
 
     // Its web port cannot be read, and every request sets it.
@@ -90,8 +93,8 @@ private:
         say("the camera is in another subnet and its answers are lost; its web port becomes 80 unless http-port is "
             "given");
         const CameraState wanted = client::withAssignments(state, assignments_);
-        session.applyUnheard(state, wanted, tell);
-        verify(session, wanted);
+        session.applyUnheard(state, wanted, watch(), end());
+        if (!options_.noWait) verify(session, wanted);
     }
 
     void report(const CameraState& state, const CameraState& wanted) const {
@@ -112,11 +115,31 @@ private:
         }
     }
 
-    static void tell(const client::Progress& progress) {
+    client::Session::End end() const {
+        return options_.noWait ? client::Session::End::Sent : client::Session::End::Waited;
+    }
+
+    client::Session::Watch watch() {
+        return [this](const client::Progress& progress) { tell(progress); };
+    }
+
+    void tell(const client::Progress& progress) {
         const client::GroupFacts& facts = client::factsOf(progress.group);
-        if (progress.step == client::Progress::Step::Away) {
-            say(std::string(facts.name) + ": the camera " + facts.effect + "; waiting up to " +
-                std::to_string(3 * progress.away.count()) + " s until it is back");
+        const auto longest = 3 * progress.away;
+        const std::string effect = std::string(facts.name) + ": the camera " + facts.effect;
+        switch (progress.step) {
+            case client::Progress::Step::Sent:
+                if (options_.noWait) say(effect + "; that takes about " + std::to_string(progress.away.count()) + " s");
+                break;
+            case client::Progress::Step::Away:
+                if (!options_.noWait) {
+                    say(effect + "; waiting up to " + std::to_string(longest.count()) + " s until it is back");
+                }
+                bar_->show(longest);
+                break;
+            case client::Progress::Step::Back:
+                bar_->hide();
+                break;
         }
     }
 
@@ -131,6 +154,7 @@ private:
     const SetOptions& options_;
     const CommonOptions& common_;
     std::vector<Assignment> assignments_;
+    WaitBar* bar_ = nullptr;
 };
 
 int setSettings(const SetOptions& options, const CommonOptions& common) { return Setter(options, common).run(); }
@@ -139,6 +163,7 @@ static Work prepare(CLI::App& app, const CommonOptions& common) {
     const auto options = std::make_shared<SetOptions>();
     addCamera(app, options->camera);
     addNeededWords(app, "KEY=VALUE", options->assignments, "What to change; what is as asked stays untouched");
+    addFlag(app, "--no-wait", options->noWait, "Do not wait until it is back, nor read again what was written");
     addFooter(app, [] { return settingsHelp() + "\n" + exitStatusHelp(); });
     return [options, &common] { return setSettings(*options, common); };
 }

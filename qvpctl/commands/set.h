@@ -9,6 +9,7 @@
 struct SetOptions {
     std::string camera;
     std::vector<std::string> assignments;
+    bool noWait = false;
 };
 
 int setSettings(const SetOptions& options, const CommonOptions& common);

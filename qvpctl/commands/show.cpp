@@ -48,7 +48,7 @@ static int show(const std::string& name, const CommonOptions& common) {
         jsonLines(std::cout)->add(record);
         return kSuccess;
     }
-    const auto page = table(std::cout, kColumns);
+    const auto page = table(std::cout, kColumns, outputLooks());
     const auto add = [&](const std::string& label, const Record& text) {
         page->add({
             {"label", label},

@@ -31,7 +31,7 @@ static int watch(const WatchOptions& options, const CommonOptions& common) {
     const unsigned wanted = common.interface.empty() ? 0 : client::interfaceIndex(common.interface);
     const StopSignal stop;
     client::UdpLink link(client::UdpLink::Hears::RepliesAndReports, stop.descriptor());
-    const auto output = common.json ? jsonLines(std::cout) : liveTable(std::cout, kColumns);
+    const auto output = common.json ? jsonLines(std::cout) : liveTable(std::cout, kColumns, outputLooks());
     uint32_t seen = 0;
     while (!link.isStopped() && (options.count == 0 || seen < options.count)) {
         const auto incoming = link.receiveUntil(link.now() + std::chrono::hours(1));

@@ -83,7 +83,7 @@ TEST_F(FinderTest, ACameraThatAnswersIsToldOnceAndAtOnce) {
         EXPECT_EQ(one.camera.name, "Front door");
         EXPECT_EQ(one.interface.name, "eth0");
         EXPECT_TRUE(one.answered && one.isNear);
-        EXPECT_FALSE(one.sharesAddress || one.sharesMac);
+        EXPECT_FALSE(one.sharesAddress || one.sharesMac || one.isElsewhere);
     });
     EXPECT_TRUE(isTold);
     EXPECT_EQ(finder.all().size(), 1u);
@@ -164,6 +164,13 @@ TEST_F(FinderTest, OneMacAtTwoAddressesIsMarked) {
     ASSERT_EQ(all.size(), 2u);
     EXPECT_TRUE(all[0].sharesMac && all[1].sharesMac);
     EXPECT_FALSE(all[0].sharesAddress || all[1].sharesAddress);
+}
+
+TEST_F(FinderTest, ACameraHeardFromAnotherAddressThanItClaimsIsMarked) {
+    answerWith(nothing, {{192, 0, 2, 66}});
+    const auto all = search();
+    ASSERT_EQ(all.size(), 1u);
+    EXPECT_TRUE(all[0].isElsewhere);
 }
 
 TEST_F(FinderTest, CamerasWithoutAnAddressShareNone) {

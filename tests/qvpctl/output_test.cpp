@@ -25,11 +25,11 @@ protected:
     std::ostringstream stream_;
 };
 
-TEST_F(OutputTest, TableIsAsWideAsItMustBeAndSortedNaturally) {
-    const auto output = sortedTable(stream_, kColumns, "address");
-    output->add(record("Gate", "10.0.0.10"));
+TEST_F(OutputTest, TableIsAsWideAsItMustBe) {
+    const auto output = table(stream_, kColumns, Looks::No);
     output->add(record("T\xc3\xbcr", "9.255.0.1"));
     output->add(record("", "10.0.0.9"));
+    output->add(record("Gate", "10.0.0.10"));
     EXPECT_EQ(stream_.str(), "");
     output->finish();
     EXPECT_EQ(stream_.str(),
@@ -40,29 +40,42 @@ TEST_F(OutputTest, TableIsAsWideAsItMustBeAndSortedNaturally) {
 }
 
 TEST_F(OutputTest, TableWithoutRowsIsNothing) {
-    sortedTable(stream_, kColumns, "address")->finish();
+    table(stream_, kColumns, Looks::No)->finish();
     EXPECT_EQ(stream_.str(), "");
 }
 
-TEST_F(OutputTest, TableSortsEveryOctetAsANumber) {
+TEST_F(OutputTest, RecordsAreSortedNaturally) {
     const char* const addresses[] = {"0.0.0.0",    "1.0.0.0",        "9.9.9.9",   "10.0.0.0",   "10.0.0.1",
                                      "10.0.0.2",   "10.0.0.10",      "10.0.2.1",  "10.0.10.1",  "10.2.0.1",
                                      "10.10.0.1",  "100.0.0.1",      "192.0.2.9", "192.0.2.99", "192.0.2.100",
                                      "192.0.20.1", "255.255.255.255"};
-    const auto output = sortedTable(stream_, std::span(kColumns).subspan(1, 1), "address");
-    std::string expected = "ADDRESS\n";
-    for (const char* address : addresses) {
-        expected += std::string(address) + "\n";
-    }
-    for (size_t i = std::size(addresses); i-- > 0;) {
-        output->add(record("", addresses[i]));
-    }
+    std::vector<Record> records;
+    for (size_t i = std::size(addresses); i-- > 0;) records.push_back(record("", addresses[i]));
+    sortBy(records, "address");
+    for (size_t i = 0; i < std::size(addresses); i++) EXPECT_EQ(records[i]["address"], addresses[i]);
+}
+
+TEST_F(OutputTest, RecordsWithoutAValueComeLast) {
+    std::vector<Record> records = {
+        {{"n", nullptr}, {"i", 0}}, {{"n", 10}, {"i", 1}}, {{"n", ""}, {"i", 2}}, {{"n", 9}, {"i", 3}}};
+    sortBy(records, "n");
+    EXPECT_EQ(Record(records).dump(), R"([{"n":9,"i":3},{"n":10,"i":1},{"n":null,"i":0},{"n":"","i":2}])");
+}
+
+TEST_F(OutputTest, LooksTakeNoPlace) {
+    const Column columns[] = {{"WEB", "url", 0, Look::Link}, {"NOTE", "note", 0, Look::Warning}, {"NAME", "name", 0}};
+    const auto output = table(stream_, columns, Looks::Yes);
+    output->add({{"url", "http://a/"}, {"note", "odd"}, {"name", "Gate"}});
+    output->add({{"url", nullptr}, {"note", ""}, {"name", "x"}});
     output->finish();
-    EXPECT_EQ(stream_.str(), expected);
+    EXPECT_EQ(stream_.str(),
+              "\033[1mWEB\033[0m        \033[1mNOTE\033[0m  \033[1mNAME\033[0m\n"
+              "\033]8;;http://a/\033\\http://a/\033]8;;\033\\  \033[33modd\033[0m   Gate\n"
+              "-          -     x\n");
 }
 
 TEST_F(OutputTest, LiveTablePrintsEachRowAtOnce) {
-    const auto output = liveTable(stream_, kColumns);
+    const auto output = liveTable(stream_, kColumns, Looks::No);
     EXPECT_EQ(stream_.str(), "NAME    ADDRESS    WEB\n");
     output->add(record("Gate", "10.0.0.10"));
     output->add(record("Longer than its column", "10.0.0.9"));
@@ -73,7 +86,7 @@ TEST_F(OutputTest, LiveTablePrintsEachRowAtOnce) {
 }
 
 TEST_F(OutputTest, TextOutputsEscapeWhatATerminalWouldObey) {
-    const auto output = sortedTable(stream_, kColumns, "address");
+    const auto output = table(stream_, kColumns, Looks::No);
     output->add(record("\x1b]0;x\x07", "10.0.0.1"));
     output->finish();
     EXPECT_EQ(stream_.str(),
@@ -82,7 +95,7 @@ TEST_F(OutputTest, TextOutputsEscapeWhatATerminalWouldObey) {
 }
 
 TEST_F(OutputTest, JoinedEmojiKeepTheTableStraight) {
-    const auto output = table(stream_, kColumns);
+    const auto output = table(stream_, kColumns, Looks::No);
     output->add(record("\U0001F468\u200D\U0001F469", "10.0.0.1"));
     output->add(record("a  b", "10.0.0.2"));
     output->finish();
@@ -93,7 +106,7 @@ TEST_F(OutputTest, JoinedEmojiKeepTheTableStraight) {
 }
 
 TEST_F(OutputTest, TableKeepsTheOrderOfItsRows) {
-    const auto output = table(stream_, std::span(kColumns).first(1));
+    const auto output = table(stream_, std::span(kColumns).first(1), Looks::No);
     output->add(record("b", ""));
     output->add(record("a", ""));
     output->finish();
@@ -102,7 +115,7 @@ TEST_F(OutputTest, TableKeepsTheOrderOfItsRows) {
 
 TEST_F(OutputTest, TableWithoutHeadingsBeginsWithItsRows) {
     const Column columns[] = {{"", "name", 0}, {"", "address", 0}};
-    const auto output = table(stream_, columns);
+    const auto output = table(stream_, columns, Looks::No);
     output->add(record("a", "10.0.0.1"));
     output->finish();
     EXPECT_EQ(stream_.str(), "a  10.0.0.1\n");

@@ -63,7 +63,9 @@ TEST(Records, ProblemsEachHaveAWord) {
     one.isNear = false;
     one.sharesAddress = true;
     one.sharesMac = true;
-    EXPECT_EQ(recordOf(one)["problems"].dump(), R"(["other-subnet","duplicate-address","duplicate-mac"])");
+    one.isElsewhere = true;
+    EXPECT_EQ(recordOf(one)["problems"].dump(),
+              R"(["other-subnet","duplicate-address","duplicate-mac","sender-differs"])");
 }
 
 TEST(Records, OfAPresenceReportHoldLocalTimeWithItsOffset) {

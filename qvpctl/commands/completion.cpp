@@ -1,0 +1,24 @@
+// qvpctl completion: the script that lets a shell complete the tool's command lines.
+#include "qvpctl/completion.h"
+
+#include <iostream>
+#include <memory>
+
+#include "qvpctl/commands.h"
+#include "qvpctl/exit_code.h"
+
+static const char kExamples[] =
+    "  eval \"$(qvpctl completion bash)\"        for ~/.bashrc\n"
+    "  eval \"$(qvpctl completion zsh)\"         for ~/.zshrc, behind compinit\n"
+    "  qvpctl completion fish | source         for ~/.config/fish/config.fish\n";
+
+static Work prepare(CLI::App& app, const CommonOptions&) {
+    const auto shell = std::make_shared<std::string>();
+    addChoice(app, "SHELL", *shell, {"bash", "zsh", "fish"}, "bash, zsh or fish");
+    return [shell] {
+        std::cout << completionScript(*shell) << std::flush;
+        return std::cout ? kSuccess : kThisMachine;
+    };
+}
+
+const Subcommand kCompletion = {"completion", "Print the completion script of a shell.", kExamples, prepare};

@@ -1,0 +1,51 @@
+#include "qvpctl/known_cameras.h"
+
+#include <unistd.h>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+
+#include "client/text.h"
+#include "qvpctl/terminal_text.h"
+
+namespace fs = std::filesystem;
+
+// Empty: there is none.
+static fs::path cacheFile() {
+    const char* cache = std::getenv("XDG_CACHE_HOME");
+    if (cache != nullptr && fs::path(cache).is_absolute()) return fs::path(cache) / "qvpctl/cameras";
+    const char* home = std::getenv("HOME");
+    return home != nullptr && *home == '/' ? fs::path(home) / ".cache/qvpctl/cameras" : fs::path();
+}
+
+static bool canBeTyped(const std::string& name) { return !name.empty() && printable(name) == name; }
+
+static void write(std::ofstream file, const std::vector<client::Found>& cameras) {
+    for (const client::Found& one : cameras) {
+        if (canBeTyped(one.camera.name)) file << one.camera.name << '\n';
+        file << client::macText(one.camera.mac) << '\n';
+    }
+}
+
+// Another discovery may write at the same time: each has a file of its own until it is whole.
+void rememberCameras(const std::vector<client::Found>& cameras) {
+    const fs::path file = cacheFile();
+    if (file.empty()) return;
+    std::error_code ignored;
+    fs::create_directories(file.parent_path(), ignored);
+    const fs::path whole = file.string() + "." + std::to_string(getpid());
+    write(std::ofstream(whole), cameras);
+    std::error_code failure;
+    fs::rename(whole, file, failure);
+    if (failure) fs::remove(whole, ignored);
+}
+
+std::vector<std::string> knownCameras() {
+    std::vector<std::string> names;
+    std::ifstream file(cacheFile());
+    for (std::string line; std::getline(file, line);) {
+        if (canBeTyped(line)) names.push_back(line);
+    }
+    return names;
+}

@@ -1,0 +1,11 @@
+// The manual page, made from the commands and the settings themselves.
+#pragma once
+
+#include <span>
+#include <string>
+
+#include "qvpctl/command.h"
+#include "qvpctl/description.h"
+
+// In the roff of man(7).
+std::string manualPage(std::span<const Subcommand* const> commands, const std::vector<CommandText>& texts);
