@@ -173,11 +173,10 @@ void complete(const std::vector<CommandText>& commands, const Words& arguments) 
     }
 }
 
-static constexpr char kBash[] = R"script(# Completion of qvpctl for bash: eval "$(qvpctl completion bash)" _qvpctl() {
-    mapfile - t COMPREPLY < < ("$1" __complete bash
-                               "${COMP_LINE:0:COMP_POINT}"
-                               "$2" 2 > / dev / null)[[${COMPREPLY[0] - } == *[= @:]]] &&
-        compopt - o nospace
+static constexpr char kBash[] = R"script(# Completion of qvpctl for bash: eval "$(qvpctl completion bash)"
+_qvpctl() {
+    mapfile -t COMPREPLY < <("$1" __complete bash "${COMP_LINE:0:COMP_POINT}" "$2" 2>/dev/null)
+    if [[ ${COMPREPLY[0]-} == *[=@:] ]]; then compopt -o nospace; fi
 }
 complete -o bashdefault -o default -F _qvpctl qvpctl
 )script";
@@ -187,14 +186,11 @@ static constexpr char kZsh[] = R"script(#compdef qvpctl
 _qvpctl() {
     local -a found plain open
     found=(${(f)"$(${(Q)words[1]} __complete words "${(@Q)words[2,CURRENT]}" 2>/dev/null)"})
-    open=(${
-    (M) found : # * [= @:]})
-    plain=(${
-found:
-#*[= @ : ]})
+    open=(${(M)found:#*[=@:]})
+    plain=(${found:#*[=@:]})
     ((${#plain})) && compadd -- "${plain[@]}"
     ((${#open})) && compadd -S '' -- "${open[@]}"
-    ((${#plain} + ${#open})) || _files
+    ((${#found})) || _files
 }
 compdef _qvpctl qvpctl
 )script";
