@@ -9,6 +9,7 @@
 #include "qvpctl/commands.h"
 #include "qvpctl/dump.h"
 #include "qvpctl/exit_code.h"
+#include "qvpctl/secret_bytes.h"
 #include "qvpctl/secret_source.h"
 #include "qvpctl/tool.h"
 
@@ -59,13 +60,6 @@ static void check(const RawOptions& options) {
     if (isBuilt) parseOpcode(options.opcode);
 }
 
-// The login of a request that was built here is a secret.
-static std::vector<uint8_t> withoutLogin(std::vector<uint8_t> request, const RawOptions& options) {
-    constexpr size_t kLoginEnd = 150;
-    if (options.login) std::fill(request.begin() + sizeof(PacketHeader), request.begin() + kLoginEnd, uint8_t{0});
-    return request;
-}
-
 static void print(const char* direction, Ipv4 address, std::span<const uint8_t> bytes, bool json) {
     Record record = {
         {"direction", direction                   },
@@ -87,15 +81,17 @@ static int sendRaw(const RawOptions& options, const CommonOptions& common) {
     check(options);
     client::UdpLink link(client::UdpLink::Hears::Replies);
     const client::Found found = findCamera(link, common, options.camera);
-    const std::vector<uint8_t> request = datagramOf(options, common, found.camera.mac);
+    std::vector<uint8_t> request = datagramOf(options, common, found.camera.mac);
     if (request.size() > kDatagramSize) throw Error(ErrorKind::BadValue, "a datagram has at most 1024 bytes");
     const int error =
         found.isNear ? link.send(found.camera.address, request) : link.broadcast(found.interface, request);
     if (error != 0) throw client::localError("cannot send", error);
-    print("sent", found.camera.address, withoutLogin(request, options), common.json);
+    if (options.login) blankLogin(request);
+    print("sent", found.camera.address, request, common.json);
     const auto deadline = link.now() + common.wait();
-    while (const auto incoming = link.receiveUntil(deadline)) {
+    while (auto incoming = link.receiveUntil(deadline)) {
         if (!isFrom(*incoming, found.camera.mac)) continue;
+        blankSecrets(incoming->bytes);
         print("received", incoming->sender, incoming->bytes, common.json);
         return kSuccess;
     }
@@ -112,4 +108,5 @@ static Work prepare(CLI::App& app, const CommonOptions& common) {
     return [options, &common] { return sendRaw(*options, common); };
 }
 
-const Subcommand kRaw = {"raw", "Send any bytes to a camera, and show what comes back.", kExamples, prepare};
+const Subcommand kRaw = {"raw", "Send any bytes to a camera, and show what comes back, but for its secrets.", kExamples,
+                         prepare};

@@ -17,8 +17,8 @@ MAC = "02005e1000af"
 CSV_HEADING = b"mac,address,name,product,firmware,url,problems\r\n"
 
 
-COMMANDS = ["", "discover", "watch", "show", "get", "set", "passwd", "verify", "scan", "reboot", "factory-reset", "commit",
-            "supported", "alert", "help"]
+COMMANDS = ["", "discover", "watch", "show", "get", "set", "passwd", "verify", "scan", "open", "reboot", "factory-reset",
+            "commit", "supported", "alert", "raw", "completion", "help"]
 
 
 # --- Datagrams, by hand -----------------------------------------------------------------------------------------------
@@ -74,6 +74,9 @@ def report(sequence=0, name=b"Front door", changes=()):
     return data.hex()
 
 
+SENT_FROM_2 = (12, bytes([10, 9, 0, 2]))  # where the first link's camera is, whatever address it shows
+
+
 def put(data, offset, value):
     data[offset:offset + len(value)] = value
 
@@ -112,13 +115,6 @@ def test_json_holds_the_whole_reply(network):
         "netmask": "255.255.255.0", "gateway": "10.9.0.1", "dns": ["10.9.0.53"], "dhcp": True,
         "localTime": "2026-01-31T23:59:58", "timezone": 300, "daylightSaving": False,
         "url": "http://10.9.0.2:8080/", "interface": "tool0", "answered": True, "problems": []}
-
-
-def test_json_lines_come_with_the_replies(network):
-    network.camera(network.link(), answers=[reply()])
-    process = network.start_tool("discover", "--json", "--wait", "600")
-    assert json.loads(line_within(process.stdout))["name"] == "Front door"
-    assert process.poll() is None
 
 
 def test_repeats_a_request_that_was_lost(network):
@@ -246,19 +242,50 @@ def test_two_cameras_of_one_address_are_both_shown(network):
     assert [(row.split()[2], row.split()[-1]) for row in rows] == [
         ("NAME", "NOTE"), ("A", "duplicate-address"), ("B", "duplicate-address")]
     lines = network.run_tool("discover", "--wait", "0.5", "--json").stdout.splitlines()
-    assert [json.loads(line)["problems"] for line in lines] == [[], ["duplicate-address"]]  # told as they come
+    assert [json.loads(line)["problems"] for line in lines] == [["duplicate-address"], ["duplicate-address"]]
 
 
 def test_one_mac_at_two_addresses_is_shown_twice(network):
-    network.camera(network.link(), answers=[reply(), reply(address=(10, 9, 0, 3))])
+    network.camera(network.link(), answers=[reply(), reply(address=(10, 9, 0, 3), changes=[SENT_FROM_2])])
     rows = network.run_tool("discover", "--wait", "0.5").stdout.decode().splitlines()
     assert [(row.split()[1], row.split()[-1]) for row in rows] == [
         ("ADDRESS", "NOTE"), ("10.9.0.2", "duplicate-mac"), ("10.9.0.3", "duplicate-mac")]
 
 
+def test_a_camera_that_answers_from_another_address_than_it_claims_is_marked(network):
+    network.camera(network.link(), answers=[reply(address=(10, 9, 0, 3))])
+    rows = network.run_tool("discover", "--wait", "0.5").stdout.decode().splitlines()
+    assert [row.split()[-1] for row in rows] == ["NOTE", "sender-differs"]
+
+
+def test_columns_and_order_of_choice(network):
+    answers = [reply("020000000001", b"B", (10, 9, 0, 2)), reply("020000000002", b"A")]
+    network.camera(network.link(), answers=answers)
+    table = network.run_tool("discover", "--wait", "0.5", "--columns", "name,dns,mac", "--sort", "name").stdout.decode()
+    assert [row.split() for row in table.splitlines()] == [
+        ["NAME", "DNS", "MAC"], ["A", "10.9.0.53", "02:00:00:00:00:02"], ["B", "10.9.0.53", "02:00:00:00:00:01"]]
+    sheet = network.run_tool("discover", "--wait", "0.5", "--csv", "--columns", "dhcp,mac", "--sort", "mac").stdout
+    assert sheet == b"dhcp,mac\r\ntrue,02:00:00:00:00:01\r\ntrue,02:00:00:00:00:02\r\n"
+    lines = network.run_tool("discover", "--wait", "0.5", "--json", "--sort", "name").stdout.splitlines()
+    assert [json.loads(line)["name"] for line in lines] == ["A", "B"]
+
+
+@pytest.mark.parametrize("arguments, words", [
+    (["--columns", "mac,nme"], b"there is no 'nme' among mac, address"),
+    (["--columns", ""], b"there is no ''"),
+    (["--sort", "nme"], b"--sort"),
+    (["--json", "--csv"], b"--json holds every field"),
+    (["--json", "--columns", "mac"], b"--json holds every field"),
+])
+def test_columns_that_there_are_not(network, arguments, words):
+    result = network.run_tool("discover", *arguments)
+    assert (result.returncode, result.stdout) == (2, b"")
+    assert words in result.stderr
+
+
 def test_csv_is_for_spreadsheets(network):
     network.camera(network.link(), answers=[reply("020000000001", b'Front "A", door'),
-                                            reply("020000000002", b"=1+1\x1b", (10, 9, 0, 3), 8080)])
+                                            reply("020000000002", b"=1+1\x1b", (10, 9, 0, 3), 8080, [SENT_FROM_2])])
     result = network.run_tool("discover", "--wait", "0.5", "--csv")
     assert (result.returncode, result.stderr) == (0, b"")
     assert result.stdout == CSV_HEADING + (

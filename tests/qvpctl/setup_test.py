@@ -5,6 +5,7 @@ pytest itself runs inside the virtual LAN:
 """
 import json
 import os
+import pty
 import subprocess
 import sys
 from pathlib import Path
@@ -14,6 +15,7 @@ import pytest
 TREE = Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(TREE / "tests/end_to_end"))
 
+from output_schema import check_output  # noqa: E402
 from support.camera import Lan  # noqa: E402
 from support.waiting import wait_until  # noqa: E402
 
@@ -29,8 +31,7 @@ class Result:
     def __init__(self, arguments, done):
         self.status, self.out, self.err = done.returncode, done.stdout, done.stderr
         if "--json" in arguments:
-            self.records = [json.loads(line) for line in self.out.splitlines()]
-            self.notes = [json.loads(line) for line in self.err.splitlines()]
+            self.records, self.notes = check_output(arguments[0], self.out, self.err)
             self.error = self.notes[-1]["error"] if self.notes and "error" in self.notes[-1] else None
 
     def __repr__(self):
@@ -315,6 +316,103 @@ def test_a_factory_reset_is_not_done_unasked(camera):
     assert_fails(2, "factory-reset", mac(camera), words="nothing was reset; --yes does it without asking")
 
 
+def test_raw_builds_a_request(camera):
+    dump = qvpctl("raw", mac(camera), "--opcode", "0x00A8", "--login")
+    assert (dump.status, dump.err) == (0, ""), dump
+    assert f"sent to {camera.address}, 150 bytes" in dump.out and f"received from {camera.address}, 274 bytes" in dump.out
+    assert "  command       get wireless settings\n" in dump.out and "  statusText    done\n" in dump.out
+    sent, received = qvpctl("raw", mac(camera), "--opcode", "168", "--login", "--json").records
+    assert (sent["direction"], sent["hex"][44:], sent["header"]["payloadLength"]) == ("sent", "00" * 128, 128)
+    assert (received["direction"], received["header"]["kind"], received["length"]) == ("received", "reply", 274)
+    reply = bytes.fromhex(received["hex"])
+    assert (reply[24:32], reply[64:260]) == (b"Workshop", bytes(196))  # but no key
+    refused = qvpctl("raw", mac(camera), "--opcode", "0x00A8", "--login", "--json", password="wrong").records[1]
+    assert (refused["header"]["status"], refused["header"]["statusText"]) == (3, "wrong user name or password")
+
+
+def test_raw_sends_bytes_as_they_stand(camera):
+    words = ["fdfd", "0102", "a100", "ffffffffffff", "00000000", "0000", "0200", "0000"]
+    sent, received = qvpctl("raw", mac(camera), *words, "--json").records
+    assert sent["hex"] == "".join(words)
+    assert (received["hex"][:12], received["header"]["sequence"]) == ("eefe0102a100", 0x0201)
+    landap = qvpctl("raw", mac(camera), "--opcode", "0xa1", "--family", "landap", "--json").records
+    assert [one["header"]["family"] for one in landap] == ["landap", "landap"]
+
+
+def test_raw_says_when_nothing_comes_back(camera):
+    result = qvpctl("raw", mac(camera), "fd", "--wait", "0.3", "--json")
+    assert (result.status, result.error["code"]) == (1, "not-found")
+    assert result.records == [{"direction": "sent", "address": camera.address, "length": 1, "header": None, "hex": "fd"}]
+
+
+@pytest.mark.parametrize("arguments, words", [
+    ([], "bytes or --opcode are needed"), (["fd", "--login"], "--login needs --opcode"),
+    (["--opcode", "0x10000"], "0 to 65535"), (["--opcode", "-1"], "0 to 65535"), (["--opcode", "0x"], "0 to 65535"),
+    (["fdf"], "pairs of hexadecimal digits"), (["00" * 1025], "at most 1024")])
+def test_raw_refuses(camera, arguments, words):
+    assert_fails(2, "raw", mac(camera), *arguments, words=words)
+
+
+def fake_browser(folder, status):
+    program = folder / "xdg-open"
+    program.write_text(f'#!/bin/sh\necho "$*" >>"{folder}/opened"\nexit {status}\n')
+    program.chmod(0o755)
+    return {"PATH": f"{folder}:/usr/bin:/bin"}
+
+
+def test_open(camera, tmp_path):
+    url = f"http://{camera.address}/"
+    browser = fake_browser(tmp_path, 0)
+    plain = qvpctl("open", mac(camera), **browser)
+    assert (plain.status, plain.out, plain.err) == (0, url + "\n", "")
+    form = qvpctl("open", mac(camera), "--json", **browser)
+    assert form.records == [{"mac": mac(camera), "url": url}]
+    assert (tmp_path / "opened").read_text() == f"{url}\n{url}\n"
+    assert qvpctl("open", mac(camera), "--print", PATH="/nowhere").out == url + "\n"
+    assert_fails(3, "open", mac(camera), words=f"cannot open {url} with xdg-open", PATH="/nowhere")
+    assert_fails(3, "open", mac(camera), words=f"did not open {url}", **fake_browser(tmp_path, 4))
+
+
+def test_without_waiting(camera):
+    result = qvpctl("set", mac(camera), "name=Gate", "upnp=off", "--no-wait")
+    assert (result.status, result.out) == (0, "")
+    assert "restarts its web server and its network; that takes about 10 s" in result.err
+    assert "waiting" not in result.err
+    store = camera.store()
+    assert (store["CAMSYSTEM"]["CameraName"], store["UPnP"]["Enable"]) == (b"Gate", b"0")
+
+
+def on_terminal(*arguments, **environment):
+    """All that the tool writes to a terminal of its own, and how it ended."""
+    pid, terminal = pty.fork()
+    if pid == 0:
+        os.execve(TOOL, [TOOL, *arguments], {**os.environ, "QVPCTL_PASSWORD": "admin", "TERM": "xterm", **environment})
+    output = b""
+    try:
+        while part := os.read(terminal, 4096):
+            output += part
+    except OSError:  # the other end is closed
+        pass
+    os.close(terminal)
+    return os.waitstatus_to_exitcode(os.waitpid(pid, 0)[1]), output.decode()
+
+
+def test_a_terminal_shows_bars_and_links(camera):
+    status, output = on_terminal("scan", mac(camera))
+    assert status == 0
+    assert "\r\x1b[K[....................]  0 s of up to " in output  # while the camera is away, and wiped away afterwards
+    assert output.index("\r\x1b[K\x1b[1mSIGNAL\x1b[0m") < output.index("\u25a0\u25a0\u25a0\u25a0\u25a0 81%  Workshop")
+    url = f"http://{camera.address}/"
+    assert f"\x1b]8;;{url}\x1b\\{url}\x1b]8;;\x1b\\" in on_terminal("discover", "--expect", "1")[1]
+    assert "\x1b[1;31mqvpctl:\x1b[0m no camera" in on_terminal("get", "Nobody", "--wait", "0.3")[1]
+
+
+@pytest.mark.parametrize("environment", [{"NO_COLOR": "1"}, {"TERM": "dumb"}])
+def test_a_terminal_without_colours(camera, environment):
+    status, output = on_terminal("discover", "--expect", "1", **environment)
+    assert (status, "\x1b" in output, f"http://{camera.address}/" in output) == (0, False, True)
+
+
 # --- Secrets ----------------------------------------------------------------------------------------------------------
 
 @pytest.mark.parametrize("form", [[], ["--json"]], ids=["plain", "json"])
@@ -343,6 +441,7 @@ def test_a_secret_is_in_no_output(camera, tmp_path, form):
         (3, ["verify", target, "--password-file", str(blocked)], MARK),
         (5, ["set", target, "wifi.channel=200", "wifi.key=env:OTHER"], "admin"),
         (1, ["set", "Nobody", "wifi.key" + by_file, "--wait", "0.3"], MARK),
+        *((0, ["raw", target, "--opcode", code, "--login"], "admin") for code in ("0xa6", "0xa8", "0xaf")),
         (0, ["passwd", target, "--new", "@" + str(key)], "admin"),
         (0, ["verify", target], MARK),
     ]
@@ -350,4 +449,5 @@ def test_a_secret_is_in_no_output(camera, tmp_path, form):
         result = qvpctl(*arguments, *form, password=password, KEY=MARK, LONG=MARK + "x" * 48, OTHER=MARK + "2")
         assert result.status == status, (arguments, result)
         assert MARK not in result.out + result.err, arguments
+        assert MARK.encode().hex() not in result.out.replace(" ", ""), arguments
     assert camera.store()["WIRELESS"]["PreSharedKey"] == MARK.encode()

@@ -13,6 +13,8 @@ import time
 
 import pytest
 
+from output_schema import check_output
+
 HERE = pathlib.Path(__file__).parent
 PATIENCE = 20  # seconds until a condition that must come counts as missing
 
@@ -113,8 +115,11 @@ class Network:
         return self.cameras[-1]
 
     def run_tool(self, *arguments, **options):
-        return subprocess.run([*self.tool_host.enter, self.tool, *arguments], stdin=subprocess.DEVNULL, timeout=60,
+        done = subprocess.run([*self.tool_host.enter, self.tool, *arguments], stdin=subprocess.DEVNULL, timeout=60,
                               capture_output="stdout" not in options, **options)
+        if "--json" in arguments and "stdout" not in options:
+            check_output(arguments[0], done.stdout.decode(), done.stderr.decode())
+        return done
 
     def start_tool(self, *arguments):
         self.processes.append(self.tool_host.start(self.tool, *arguments, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,

@@ -1,0 +1,31 @@
+"""What is written down of the tool is what the tool is. Usage: tool_documents_test.py SOURCE_FOLDER QVPCTL"""
+import json
+import pathlib
+import re
+import subprocess
+import sys
+
+WITHOUT_JSON = {"completion", "help"}  # they print text and nothing else
+
+
+def lines(tool, *arguments):
+    return subprocess.run([tool, *arguments], capture_output=True, check=True).stdout.decode().splitlines()
+
+
+def main(top, tool):
+    schema = json.loads((top / "docs/qvpctl.schema.json").read_text())
+    commands = set(lines(tool, "__complete", "words", ""))
+    keys = [row.split()[0] for row in lines(tool, "help", "settings") if re.match(r"  \S", row)]
+    faults = []
+    if (top / "docs/qvpctl.1").read_text().splitlines() != lines(tool, "help", "manual"):
+        faults.append("docs/qvpctl.1 is not what 'qvpctl help manual' prints")
+    if schema["$defs"]["key"]["enum"] != keys:
+        faults.append("the settings of docs/qvpctl.schema.json are not those of 'qvpctl help settings'")
+    faults += [f"docs/qvpctl.schema.json lacks {name}" for name in sorted(commands - WITHOUT_JSON - schema["$defs"].keys())]
+    print(f"{len(commands)} commands, {len(keys)} settings")
+    print("\n".join(faults))
+    return 1 if faults or not commands or not keys else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(pathlib.Path(sys.argv[1]), sys.argv[2]))
