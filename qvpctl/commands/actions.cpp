@@ -1,6 +1,7 @@
 // The commands that ask a camera for one thing: verify, reboot, factory-reset, commit, supported, alert.
 #include <unistd.h>
 
+#include <algorithm>
 #include <iostream>
 #include <memory>
 
@@ -48,31 +49,45 @@ static int verify(const CommonOptions& common, const std::string& camera) {
     return kSuccess;
 }
 
-// Longer than any camera takes to boot.
-static constexpr std::chrono::seconds kBootPatience(180);
+// What a command that takes the camera away does about it.
+struct AwayOptions {
+    std::string camera;
+    bool noWait = false;
+    bool yes = false;
+    uint32_t timeout = 180;  // seconds; longer than any camera takes to boot
+};
+
 // A camera waits before it goes, so that its answer gets out.
 static constexpr std::chrono::seconds kUntilGone(7);
 
-static void waitForReboot(WaitBar& link, client::Session& session) {
-    say("the camera reboots; waiting until it is back");
-    link.show(kBootPatience);
-    const auto gone = link.now() + kUntilGone;
-    while (link.receiveUntil(gone)) continue;
-    const bool isBack = session.awaitReturn(kBootPatience);
-    link.hide();
-    if (!isBack) {
-        throw Error(ErrorKind::Unverified,
-                    "the camera has not come back within " + std::to_string(kBootPatience.count()) + " s");
-    }
+// It may come back to an address from which its answers do not reach this machine; its reports do.
+static bool isHeardAgain(client::Link& link, const CommonOptions& common, Mac mac) {
+    const auto isIt = [&](const client::Found& one) { return std::ranges::equal(one.camera.mac.bytes, mac.bytes); };
+    client::Finder finder(link, {chosenInterfaces(common), common.family, std::chrono::seconds(1), 0, isIt}, say);
+    finder.run([](const client::Found&) {});
+    return std::ranges::any_of(finder.all(), isIt);
 }
 
-static int reboot(const CommonOptions& common, const std::string& camera, bool noWait) {
-    client::UdpLink network(client::UdpLink::Hears::Replies);
+static void waitForBoot(WaitBar& link, const CommonOptions& common, const AwayOptions& options, Mac mac) {
+    say("the camera reboots; waiting until it is back");
+    const std::chrono::seconds patience(options.timeout);
+    const auto end = link.now() + patience;
+    link.show(patience);
+    for (const auto gone = link.now() + std::min(kUntilGone, patience); link.receiveUntil(gone);) continue;
+    bool isBack = false;
+    while (!isBack && link.now() < end) isBack = isHeardAgain(link, common, mac);
+    link.hide();
+    if (isBack) return;
+    throw Error(ErrorKind::Unverified, "the camera has not come back within " + std::to_string(options.timeout) + " s");
+}
+
+static int reboot(const CommonOptions& common, const AwayOptions& options) {
+    client::UdpLink network = linkWithReports();
     WaitBar link(network);
-    client::Session session = open(link, common, camera, NeedsLogin::Yes);
+    client::Session session = open(link, common, options.camera, NeedsLogin::Yes);
     session.request(opcode::kReboot);
-    if (!noWait) waitForReboot(link, session);
-    tellResult(common, session, noWait ? "asked to reboot" : "back after its reboot");
+    if (!options.noWait) waitForBoot(link, common, options, session.target().mac);
+    tellResult(common, session, options.noWait ? "asked to reboot" : "back after its reboot");
     return kSuccess;
 }
 
@@ -84,15 +99,18 @@ static bool isConfirmed(const std::string& question) {
     return answer == "y" || answer == "yes";
 }
 
-static int factoryReset(const CommonOptions& common, const std::string& camera, bool yes) {
-    client::UdpLink link(client::UdpLink::Hears::Replies);
-    client::Session session = open(link, common, camera, NeedsLogin::Yes);
+static int factoryReset(const CommonOptions& common, const AwayOptions& options) {
+    client::UdpLink network = linkWithReports();
+    WaitBar link(network);
+    client::Session session = open(link, common, options.camera, NeedsLogin::Yes);
     const std::string mac = client::macText(session.target().mac);
-    if (!yes && !isConfirmed("Reset camera " + mac + " to its factory settings, address and password too?")) {
+    if (!options.yes && !isConfirmed("Reset camera " + mac + " to its factory settings, address and password too?")) {
         throw Error(ErrorKind::BadValue, "nothing was reset; --yes does it without asking");
     }
     session.request(opcode::kFactoryReset);
-    tellResult(common, session, "asked for its factory settings; it reboots");
+    if (!options.noWait) waitForBoot(link, common, options, session.target().mac);
+    tellResult(common, session,
+               options.noWait ? "asked for its factory settings; it reboots" : "back with its factory settings");
     return kSuccess;
 }
 
@@ -140,20 +158,23 @@ static Work prepareSimple(CLI::App& app, const CommonOptions& common) {
     return [camera, &common] { return Run(common, *camera); };
 }
 
+static void addAwayOptions(CLI::App& app, AwayOptions& options) {
+    addCamera(app, options.camera);
+    addFlag(app, "--no-wait", options.noWait, "Do not wait until it is back");
+    addCount(app, "--timeout", options.timeout, "How many seconds to wait for that (default 180)");
+}
+
 static Work prepareReboot(CLI::App& app, const CommonOptions& common) {
-    const auto camera = std::make_shared<std::string>();
-    const auto noWait = std::make_shared<bool>(false);
-    addCamera(app, *camera);
-    addFlag(app, "--no-wait", *noWait, "Do not wait until it is back");
-    return [=, &common] { return reboot(common, *camera, *noWait); };
+    const auto options = std::make_shared<AwayOptions>();
+    addAwayOptions(app, *options);
+    return [=, &common] { return reboot(common, *options); };
 }
 
 static Work prepareFactoryReset(CLI::App& app, const CommonOptions& common) {
-    const auto camera = std::make_shared<std::string>();
-    const auto yes = std::make_shared<bool>(false);
-    addCamera(app, *camera);
-    addFlag(app, "--yes", *yes, "Do not ask");
-    return [=, &common] { return factoryReset(common, *camera, *yes); };
+    const auto options = std::make_shared<AwayOptions>();
+    addAwayOptions(app, *options);
+    addFlag(app, "--yes", options->yes, "Do not ask");
+    return [=, &common] { return factoryReset(common, *options); };
 }
 
 const Subcommand kVerify = {"verify", "Check user name and password.",
@@ -161,8 +182,10 @@ const Subcommand kVerify = {"verify", "Check user name and password.",
                             prepareSimple<verify>};
 const Subcommand kReboot = {"reboot", "Reboot a camera and wait until it is back.",
                             "  qvpctl reboot 'Front door'\n  qvpctl reboot 'Front door' --no-wait\n", prepareReboot};
-const Subcommand kFactoryReset = {"factory-reset", "Bring back a camera's factory settings.",
-                                  "  qvpctl factory-reset 02:00:5e:10:00:01\n", prepareFactoryReset};
+const Subcommand kFactoryReset = {"factory-reset", "Bring back a camera's factory settings and wait until it is back.",
+                                  "  qvpctl factory-reset 02:00:5e:10:00:01         asks first\n"
+                                  "  qvpctl factory-reset 02:00:5e:10:00:01 --yes   does not\n",
+                                  prepareFactoryReset};
 const Subcommand kCommit = {"commit", "Ask a camera to keep its settings for good.", "  qvpctl commit 'Front door'\n",
                             prepareSimple<commit>};
 const Subcommand kSupported = {"supported", "List the optional commands a camera serves.",

@@ -27,6 +27,7 @@ static const Column kColumns[] = {
 struct ScanOptions {
     std::string camera;
     bool last = false;
+    uint32_t timeout = 60;  // seconds
 };
 
 static Record withBar(Record record, bool isTerminal) {
@@ -39,14 +40,15 @@ static Record withBar(Record record, bool isTerminal) {
 }
 
 // A camera that scans does not answer meanwhile: its first answer is the end of the scan.
-static void waitForScan(client::Session& session, WaitBar& bar, std::chrono::milliseconds announced) {
-    const auto patience = std::chrono::ceil<std::chrono::seconds>(announced) + std::chrono::seconds(30);
+static void waitForScan(client::Session& session, WaitBar& bar, std::chrono::milliseconds announced,
+                        std::chrono::seconds patience) {
     say("the camera scans; that takes up to " + std::to_string(announced.count() / 1000) + " s");
     bar.show(std::chrono::ceil<std::chrono::seconds>(announced));
     const bool isBack = session.awaitReturn(patience);
     bar.hide();
     if (isBack) return;
-    throw client::Error(client::ErrorKind::Unverified, "the camera has not come back from its scan");
+    throw client::Error(client::ErrorKind::Unverified,
+                        "the camera has not come back from its scan within " + std::to_string(patience.count()) + " s");
 }
 
 static int scan(const ScanOptions& options, const CommonOptions& common) {
@@ -54,7 +56,8 @@ static int scan(const ScanOptions& options, const CommonOptions& common) {
     WaitBar link(network);
     const client::Found camera = findCamera(link, common, options.camera);
     client::Session session = openSession(link, common, camera, readLogin(common));
-    if (!options.last) waitForScan(session, link, session.request(opcode::kInitSiteSurvey));
+    if (!options.last)
+        waitForScan(session, link, session.request(opcode::kInitSiteSurvey), std::chrono::seconds(options.timeout));
     const client::Survey survey = session.fetchSurvey();
     const auto output = tableOrJson(common.json, kColumns);
     const bool isTerminal = isatty(STDOUT_FILENO) != 0;
@@ -72,6 +75,7 @@ static Work prepare(CLI::App& app, const CommonOptions& common) {
     const auto options = std::make_shared<ScanOptions>();
     addCamera(app, options->camera);
     addFlag(app, "--last", options->last, "Show what the last scan found, without a new one");
+    addCount(app, "--timeout", options->timeout, "How many seconds to wait for the scan (default 60)");
     return [options, &common] { return scan(*options, common); };
 }
 
