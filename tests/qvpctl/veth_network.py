@@ -14,6 +14,7 @@ import time
 import pytest
 
 HERE = pathlib.Path(__file__).parent
+NO_NAMESPACES = "the kernel forbids network namespaces"
 PATIENCE = 20  # seconds until a condition that must come counts as missing
 
 
@@ -91,7 +92,7 @@ class Network:
             try:
                 self.tool_host = Host(["unshare", "--net"])
             except OSError:
-                pytest.skip(f"the kernel forbids network namespaces: {no_user_namespace}")
+                pytest.skip(f"{NO_NAMESPACES}: {no_user_namespace}")
         self.hosts = [self.tool_host]
         self.cameras = []
         self.processes = []
