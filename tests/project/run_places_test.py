@@ -55,6 +55,14 @@ def test_a_camera_that_is_not_found_is_ended_too(tree):
     assert "searched\nrun: no camera was found" in output and output.endswith("status 1\nnothing is left\n")
 
 
+def test_the_camera_is_gone_before_run_is(tree):
+    write_script(tree.top / "build/release/qvp", """
+        trap 'sleep 1; rm /run/qvp-lo.pid; exit' TERM
+        touch /run/qvp-lo.pid; echo Client Start; while :; do sleep 0.1; done""")
+    write_script(tree.top / "build/release/qvpctl", "echo found")
+    assert in_place(CONTAINER, tree, "./run; " + NOTHING_LEFT).endswith("status 0\nnothing is left\n")
+
+
 @pytest.mark.parametrize("signal", ["TERM", "HUP", "KILL"])
 def test_what_ends_the_search_ends_the_camera(tree, signal):
     write_script(tree.top / "build/release/qvpctl", "touch /run/searching; exec sleep 1000")
