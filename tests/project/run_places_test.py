@@ -2,6 +2,7 @@
 import re
 import shutil
 import subprocess
+import sys
 
 import pytest
 from script_tree import PATIENCE, SOURCE, ScriptTree, write_script
@@ -191,6 +192,6 @@ def test_a_run_without_networks_is_skipped(tmp_path, place, tests, status):
     for name in ("conftest.py", "veth_network.py"):
         shutil.copy(SOURCE / "tests/qvpctl" / name, tmp_path)
     (tmp_path / "a_test.py").write_text("from veth_network import Network\n" + tests)
-    done = subprocess.run([*place, "/usr/bin/python3", "-m", "pytest", "-q", "-p", "no:cacheprovider", "a_test.py"],
+    done = subprocess.run([*place, sys.executable, "-m", "pytest", "-q", "-p", "no:cacheprovider", "a_test.py"],
                           cwd=tmp_path, capture_output=True, timeout=PATIENCE, check=False)
     assert done.returncode == status, done.stdout.decode()
