@@ -16,6 +16,7 @@ import pytest
 from output_schema import check_output
 
 HERE = pathlib.Path(__file__).parent
+NO_NAMESPACES = "the kernel forbids network namespaces"
 PATIENCE = 20  # seconds until a condition that must come counts as missing
 
 
@@ -93,7 +94,7 @@ class Network:
             try:
                 self.tool_host = Host(["unshare", "--net"])
             except OSError:
-                pytest.skip(f"the kernel forbids network namespaces: {no_user_namespace}")
+                pytest.skip(f"{NO_NAMESPACES}: {no_user_namespace}")
         self.hosts = [self.tool_host]
         self.cameras = []
         self.processes = []
