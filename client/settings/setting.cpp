@@ -16,7 +16,7 @@ static constexpr GroupFacts kFacts[] = {
     {"clock",                  "sets its zone and clock; following NTP, it is busy for 8 s",  std::chrono::seconds(10)},
     {"password",               "restarts its web and streaming servers",                      std::chrono::seconds(3) },
     {"wireless",               "resets its wireless interface",                               std::chrono::seconds(5) },
-    {"name, port and address", "announces its name, restarts its web server and its network", std::chrono::seconds(10)},
+    {"name, port and address", "restarts its web server and its network", std::chrono::seconds(10)},
 };
 
 std::span<const Group> groupsInOrder() { return kOrder; }
