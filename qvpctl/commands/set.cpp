@@ -73,35 +73,49 @@ private:
     void change(client::Session& session) {
         const CameraState state = session.read(groups());
         const CameraState wanted = client::withAssignments(state, assignments_);
-        report(state, wanted);
+        if (common_.json) report(assignments_, state, wanted);
         if (client::changedGroups(state, wanted).empty()) return;
         session.apply(state, wanted, watch(), end());
-        if (!options_.noWait) verify(session, wanted);
+        if (!options_.noWait) verify(session, wanted, assignments_);
     }
 
-    // Its web port cannot be read, and every request sets it.
+    static bool isBasic(const Assignment& one) { return one.setting->group == client::Group::Basic; }
+
+    // Its web port cannot be read, and every request sets it. The rest of what is asked comes when it can answer.
     void changeUnheard(client::Session& session, const Found& camera) {
+        std::vector<Assignment> first, rest;
+        std::ranges::partition_copy(assignments_, std::back_inserter(first), std::back_inserter(rest), isBasic);
+        refuseUnheard(first, rest);
         CameraState state;
         state.camera = camera.camera;
         state.camera.httpPort = 80;
-        for (const client::Group group : groups()) {
-            if (group != client::Group::Basic) {
-                throw Error(ErrorKind::NotFound,
-                            "the camera's answers do not reach this machine; set its address first");
-            }
-        }
         say("the camera is in another subnet and its answers are lost; its web port becomes 80 unless http-port is "
             "given");
-        const CameraState wanted = client::withAssignments(state, assignments_);
+        const CameraState wanted = client::withAssignments(state, first);
+        if (common_.json) report(first, state, wanted);
         session.applyUnheard(state, wanted, watch(), end());
-        if (!options_.noWait) verify(session, wanted);
+        if (!options_.noWait) verify(session, wanted, first);
+        assignments_ = rest;
+        if (!rest.empty()) change(session);
     }
 
-    void report(const CameraState& state, const CameraState& wanted) const {
-        const auto output = common_.json ? jsonLines(std::cout) : nullptr;
-        for (const Assignment& one : assignments_) {
+    void refuseUnheard(const std::vector<Assignment>& first, const std::vector<Assignment>& rest) const {
+        if (first.empty()) {
+            throw Error(ErrorKind::NotFound,
+                        "the camera's answers do not reach this machine; set its ipv4.address as well");
+        }
+        if (options_.noWait && !rest.empty()) {
+            throw Error(ErrorKind::BadValue,
+                        "the camera's answers do not reach this machine: what is not its name, port "
+                        "or address can be set only when it is back, so not with --no-wait");
+        }
+    }
+
+    static void report(const std::vector<Assignment>& assignments, const CameraState& state,
+                       const CameraState& wanted) {
+        const auto output = jsonLines(std::cout);
+        for (const Assignment& one : assignments) {
             const client::Setting& setting = *one.setting;
-            if (output == nullptr) continue;
             const bool isChanged = !client::isSame(setting, state, wanted);
             const auto value = [&](const CameraState& from) {
                 return setting.get != nullptr ? Record(setting.get(from)) : Record();
@@ -143,8 +157,9 @@ private:
         }
     }
 
-    void verify(client::Session& session, const CameraState& wanted) const {
-        const std::vector<std::string> different = session.verify(wanted, assignments_);
+    static void verify(client::Session& session, const CameraState& wanted,
+                       const std::vector<Assignment>& assignments) {
+        const std::vector<std::string> different = session.verify(wanted, assignments);
         if (different.empty()) return;
         std::string keys;
         for (const std::string& key : different) keys += (keys.empty() ? "" : ", ") + key;
