@@ -44,10 +44,11 @@ std::string refusalText(uint32_t resultCode) {
 void checkOutcome(std::span<const uint8_t> reply) {
     const uint16_t status = load(layoutOf<PacketHeader>(reply).status);
     if (status == kDone) return;
-    if (status == kNotLogin)
+    if (status == kNotLogin) {
         throw Error(ErrorKind::Credentials,
                     "the camera refused the user name or the password; a factory reset at the camera itself brings the "
                     "first ones back");
+    }
     const bool hasCode = status == kRefused && reply.size() >= sizeof(SettingReply);
     const std::string why =
         hasCode ? refusalText(load(layoutOf<SettingReply>(reply).result)) : "with status " + std::to_string(status);

@@ -78,9 +78,12 @@ void Finder::take(const Incoming& incoming, const std::function<void(const Found
         found);
 }
 
+// From another subnet, an answer does not come: the report is all there will be.
+static bool isComplete(const Found& one) { return one.answered || !one.isNear; }
+
 bool Finder::isEnough() const {
-    const auto answered = std::ranges::count_if(found_, &Found::answered);
-    const bool areAllThere = search_.expected > 0 && static_cast<size_t>(answered) >= search_.expected;
+    const auto complete = std::ranges::count_if(found_, isComplete);
+    const bool areAllThere = search_.expected > 0 && static_cast<size_t>(complete) >= search_.expected;
     return areAllThere || (search_.isLast && std::ranges::any_of(found_, search_.isLast));
 }
 

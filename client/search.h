@@ -16,7 +16,7 @@ struct Search {
     std::vector<Interface> interfaces;
     Family family = Family::Primary;
     std::chrono::milliseconds wait{2000};                       // how long replies and reports are taken
-    size_t expected = 0;                                        // end as soon as that many have answered; 0: never
+    size_t expected = 0;                                        // end as soon as that many were found; 0: never
     std::function<bool(const struct Found&)> isLast = nullptr;  // end as soon as such a camera was found; null: never
 };
 

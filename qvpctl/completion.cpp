@@ -62,7 +62,7 @@ static Words assignments(const std::string& typed) {
     Words values;
     if (setting != nullptr && setting->choices != nullptr) values = setting->choices();
     if (setting != nullptr && setting->isSecret()) values = {"@", "env:", "-"};
-    for (std::string& value : values) value = key + "=" + value;
+    for (std::string& value : values) value.insert(0, key + "=");
     return values;
 }
 

@@ -8,15 +8,15 @@
 
 // `addChoice` leaves the words in the name of what checks them.
 static std::vector<std::string> choicesOf(CLI::Option& option) {
-    const bool isWithout = option.get_items_expected_max() == 0;
     std::vector<std::string> choices;
-    if (isWithout) return choices;
-    for (int i = 0;; i++) try {
+    try {
+        for (int i = 0;; i++) {
             std::istringstream words(option.get_validator(i)->get_name());
             for (std::string word; words >> word;) choices.push_back(word);
-        } catch (const CLI::OptionNotFound&) {
-            return choices;
         }
+    } catch (const CLI::OptionNotFound&) {  // how CLI11 says that there are no more
+        return choices;
+    }
 }
 
 static std::vector<std::string> namesOf(const CLI::Option& option) {

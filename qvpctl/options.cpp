@@ -72,8 +72,8 @@ void addList(CLI::App& app, const char* names, std::vector<std::string>& words, 
              const char* help) {
     const auto check = [known](const std::string& list) -> std::string {
         for (const std::string& word : takeApart(list)) {
-            if (std::ranges::count(known, word) == 0)
-                return "there is no '" + word + "' among " + CLI::detail::join(known, ", ");
+            const bool isKnown = std::ranges::count(known, word) > 0;
+            if (!isKnown) return "there is no '" + word + "' among " + CLI::detail::join(known, ", ");
         }
         return "";
     };

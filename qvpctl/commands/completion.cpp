@@ -8,9 +8,9 @@
 #include "qvpctl/exit_code.h"
 
 static const char kExamples[] =
-    "  eval \"$(qvpctl completion bash)\"        for ~/.bashrc\n"
-    "  eval \"$(qvpctl completion zsh)\"         for ~/.zshrc, behind compinit\n"
-    "  qvpctl completion fish | source         for ~/.config/fish/config.fish\n";
+    "  qvpctl completion fish | source    for ~/.config/fish/config.fish\n"
+    "  eval \"$(qvpctl completion bash)\"   for ~/.bashrc\n"
+    "  eval \"$(qvpctl completion zsh)\"    for ~/.zshrc, behind compinit\n";
 
 static Work prepare(CLI::App& app, const CommonOptions&) {
     const auto shell = std::make_shared<std::string>();

@@ -78,7 +78,8 @@ static std::vector<Column> chosenColumns(const DiscoverOptions& options, const s
         if (hasNotes || options.csv) names.emplace_back("problems");
     }
     std::vector<Column> columns;
-    for (const std::string& name : names) columns.push_back(*std::ranges::find(kColumns, name, &Column::key));
+    std::ranges::transform(names, std::back_inserter(columns),
+                           [](const std::string& name) { return *std::ranges::find(kColumns, name, &Column::key); });
     return columns;
 }
 
@@ -102,7 +103,7 @@ static void printRows(const std::vector<Record>& records, const DiscoverOptions&
 
 static void print(const std::vector<Found>& all, const DiscoverOptions& options, bool json) {
     std::vector<Record> records;
-    for (const Found& one : all) records.push_back(recordOf(one));
+    std::ranges::transform(all, std::back_inserter(records), [](const Found& one) { return recordOf(one); });
     sortBy(records, options.order);
     if (!json) return printRows(records, options);
     const auto lines = jsonLines(std::cout);
@@ -136,7 +137,7 @@ static int discover(const DiscoverOptions& options, const CommonOptions& common)
 
 static Work prepare(CLI::App& app, const CommonOptions& common) {
     const auto options = std::make_shared<DiscoverOptions>();
-    addCount(app, "--expect", options->expected, "End as soon as this many have answered");
+    addCount(app, "--expect", options->expected, "End as soon as this many were found");
     addFlag(app, "--csv", options->csv, "Print a table that spreadsheets read");
     addList(app, "--columns", options->columns, columnNames(), "The columns to show, such as mac,address,name");
     addChoice(app, "--sort", options->order, columnNames(), "The column to order by (default address)");

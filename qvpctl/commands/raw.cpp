@@ -41,7 +41,7 @@ static uint16_t parseOpcode(const std::string& text) {
 static std::vector<uint8_t> datagramOf(const RawOptions& options, const CommonOptions& common, Mac mac) {
     std::string digits;
     for (const std::string& word : options.bytes) digits += word + " ";
-    const std::vector<uint8_t> bytes = parseHex(digits);
+    std::vector<uint8_t> bytes = parseHex(digits);
     if (options.opcode.empty()) return bytes;
     std::vector<uint8_t> request =
         options.login ? client::protectedRequest(readLogin(common)) : std::vector<uint8_t>(sizeof(PacketHeader));
@@ -55,8 +55,9 @@ static std::vector<uint8_t> datagramOf(const RawOptions& options, const CommonOp
 static void check(const RawOptions& options) {
     const bool isBuilt = !options.opcode.empty();
     if (!isBuilt && options.bytes.empty()) throw Error(ErrorKind::BadValue, "bytes or --opcode are needed");
-    if (!isBuilt && options.login)
+    if (!isBuilt && options.login) {
         throw Error(ErrorKind::BadValue, "--login needs --opcode: a whole datagram holds its own");
+    }
     if (isBuilt) parseOpcode(options.opcode);
 }
 

@@ -56,8 +56,9 @@ static int scan(const ScanOptions& options, const CommonOptions& common) {
     WaitBar link(network);
     const client::Found camera = findCamera(link, common, options.camera);
     client::Session session = openSession(link, common, camera, readLogin(common));
-    if (!options.last)
+    if (!options.last) {
         waitForScan(session, link, session.request(opcode::kInitSiteSurvey), std::chrono::seconds(options.timeout));
+    }
     const client::Survey survey = session.fetchSurvey();
     const auto output = tableOrJson(common.json, kColumns);
     const bool isTerminal = isatty(STDOUT_FILENO) != 0;

@@ -73,10 +73,11 @@ private:
     void change(client::Session& session) {
         const CameraState state = session.read(groups());
         const CameraState wanted = client::withAssignments(state, assignments_);
-        if (common_.json) report(assignments_, state, wanted);
-        if (client::changedGroups(state, wanted).empty()) return;
-        session.apply(state, wanted, watch(), end());
-        if (!options_.noWait) verify(session, wanted, assignments_);
+        if (!client::changedGroups(state, wanted).empty()) {
+            session.apply(state, wanted, watch(), end());
+            if (!options_.noWait) verify(session, wanted, assignments_);
+        }
+        report(assignments_, state, wanted);
     }
 
     static bool isBasic(const Assignment& one) { return one.setting->group == client::Group::Basic; }
@@ -92,9 +93,9 @@ private:
         say("the camera is in another subnet and its answers are lost; its web port becomes 80 unless http-port is "
             "given");
         const CameraState wanted = client::withAssignments(state, first);
-        if (common_.json) report(first, state, wanted);
         session.applyUnheard(state, wanted, watch(), end());
         if (!options_.noWait) verify(session, wanted, first);
+        report(first, state, wanted);
         assignments_ = rest;
         if (!rest.empty()) change(session);
     }
@@ -111,8 +112,9 @@ private:
         }
     }
 
-    static void report(const std::vector<Assignment>& assignments, const CameraState& state,
-                       const CameraState& wanted) {
+    // For programs, once it is done; people are told what the camera does meanwhile.
+    void report(const std::vector<Assignment>& assignments, const CameraState& state, const CameraState& wanted) const {
+        if (!common_.json) return;
         const auto output = jsonLines(std::cout);
         for (const Assignment& one : assignments) {
             const client::Setting& setting = *one.setting;

@@ -198,6 +198,12 @@ TEST_F(FinderTest, ReportsDoNotCountAsAnswers) {
     EXPECT_EQ(link_.elapsed(), 3s);
 }
 
+TEST_F(FinderTest, AReportFromAnotherSubnetIsAllThereWillBe) {
+    link_.arrive(1ms, reportOf(0x05, {{192, 168, 0, 20}}));
+    EXPECT_EQ(search({.interfaces = {}, .wait = 3s, .expected = 1}).size(), 1u);
+    EXPECT_EQ(link_.elapsed(), 1ms);
+}
+
 TEST_F(FinderTest, EndsWithTheOneThatIsLookedFor) {
     link_.arrive(100ms, reportOf(0x05, {{192, 0, 2, 55}}));
     link_.arrive(200ms, reportOf(0x06, {{192, 0, 2, 56}}));

@@ -51,6 +51,17 @@ def test_scan_and_fetch(tool, camera, protocol):
     assert camera.commands() == []
 
 
+def test_the_radio_is_asked_where_there_is_no_list(tool, lan):
+    camera = lan.camera("--wireless", "iw")
+    scan(tool, camera)
+    assert camera.commands() == ["/usr/sbin/iw dev wlan0 scan"]
+    expect_list(tool, camera, [
+        entry(b"Rooftop", 84, 0x30, 0x64),
+        entry(b"Loading dock", 58, 0x20, 0x13),
+        entry("Café".encode(), 34, 0x00, 0x40),
+    ])  # fmt: skip
+
+
 def test_a_list_stays_until_the_next_scan(tool, camera):
     file = camera.root / "etc/qvp/site_list.txt"
     scan(tool, camera)

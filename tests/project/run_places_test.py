@@ -1,11 +1,9 @@
 """./run and ./test in places of many kinds: networks of their own, a plain container, a tree that is read-only."""
 import re
 import shutil
-import subprocess
-import sys
 
 import pytest
-from script_tree import PATIENCE, SOURCE, ScriptTree, write_script
+from script_tree import SOURCE, ScriptTree, write_script
 
 # Each is a network of its own with a /run of its own; /sys stays the one of the machine.
 ROOM = ["unshare", "--user", "--map-root-user", "--mount", "--mount-proc", "--net", "--pid", "--fork", "--kill-child", "sh",
@@ -175,23 +173,3 @@ def test_nothing_is_said_where_all_ran(tree):
     (tree.top / "build/release/CTestTestfile.cmake").write_text(CTEST_FILE)
     output = in_place(LAN, tree, "./test -R modest; echo status $?")
     assert "100% tests passed" in output and "left out" not in output and output.endswith("status 0\n")
-
-
-# --- pytest -----------------------------------------------------------------------------------------------------------
-
-NEEDY = "def test_needy():\n    Network('true').close()\n"
-
-
-@pytest.mark.parametrize(("place", "tests", "status"), [
-    (CONTAINER, NEEDY, 77),
-    (CONTAINER, NEEDY + "def test_modest():\n    pass\n", 77),
-    (CONTAINER, NEEDY + "def test_broken():\n    assert False\n", 1),
-    (CONTAINER, "def test_modest():\n    pass\n", 0),
-    (LAN, NEEDY, 0)], ids=["needy", "modest beside it", "broken beside it", "modest", "elsewhere"])
-def test_a_run_without_networks_is_skipped(tmp_path, place, tests, status):
-    for name in ("conftest.py", "veth_network.py"):
-        shutil.copy(SOURCE / "tests/qvpctl" / name, tmp_path)
-    (tmp_path / "a_test.py").write_text("from veth_network import Network\n" + tests)
-    done = subprocess.run([*place, sys.executable, "-m", "pytest", "-q", "-p", "no:cacheprovider", "a_test.py"],
-                          cwd=tmp_path, capture_output=True, timeout=PATIENCE, check=False)
-    assert done.returncode == status, done.stdout.decode()

@@ -3,105 +3,12 @@
 pytest itself runs inside the virtual LAN:
   virtual-camera/virtual-camera run -n 0 -- /usr/bin/python3 -m pytest tests/qvpctl/setup_test.py
 """
-import json
 import os
 import pty
-import subprocess
-import sys
-from pathlib import Path
 
 import pytest
-
-TREE = Path(__file__).resolve().parents[2]
-sys.path.insert(0, str(TREE / "tests/end_to_end"))
-
-from output_schema import check_output  # noqa: E402
-from support.camera import Lan  # noqa: E402
-from support.waiting import wait_until  # noqa: E402
-
-TOOL = os.environ.get("QVPCTL") or str(TREE / "build/release/qvpctl")
-DAEMON = os.environ.get("QVP_DAEMON") or str(TREE / "build/release/qvp")
-CODES = {1: "not-found", 2: "bad-value", 3: "this-machine", 4: "credentials-refused", 5: "refused", 6: "unverified"}
-MARK = "MARKED-key"  # long enough for WPA, and no WEP key
-
-
-class Result:
-    """How a run ended. With --json, every line of both streams has to be an object."""
-
-    def __init__(self, arguments, done):
-        self.status, self.out, self.err = done.returncode, done.stdout, done.stderr
-        if "--json" in arguments:
-            self.records, self.notes = check_output(arguments[0], self.out, self.err)
-            self.error = self.notes[-1]["error"] if self.notes and "error" in self.notes[-1] else None
-
-    def __repr__(self):
-        return f"status {self.status}\n{self.out}{self.err}"
-
-
-def qvpctl(*arguments, password="admin", **environment):
-    variables = {**os.environ, "QVPCTL_PASSWORD": password, **environment}
-    if password is None:
-        del variables["QVPCTL_PASSWORD"]
-    done = subprocess.run([TOOL, *arguments], stdin=subprocess.DEVNULL, capture_output=True, timeout=120, env=variables,
-                          start_new_session=True)  # no terminal to ask at
-    done.stdout, done.stderr = done.stdout.decode(), done.stderr.decode()
-    return Result(arguments, done)
-
-
-def assert_fails(status, *arguments, words, code=None, **options):
-    """In both forms: the status, nothing on standard output, and the reason on standard error."""
-    plain = qvpctl(*arguments, **options)
-    assert (plain.status, plain.out) == (status, ""), plain
-    assert plain.err.splitlines()[-1].startswith("qvpctl: ") or "\n  " in plain.err
-    assert words in plain.err
-    form = qvpctl(*arguments, "--json", **options)
-    assert (form.status, form.error["code"]) == (status, code or CODES[status]), form
-    assert words in form.error["message"]
-
-
-@pytest.fixture(scope="module")
-def whole_lan():
-    return Lan(["--daemon", DAEMON])
-
-
-@pytest.fixture
-def lan(whole_lan):
-    yield whole_lan
-    whole_lan.stop_all()
-
-
-@pytest.fixture
-def camera(lan):
-    return living(lan.camera())
-
-
-def living(camera):
-    camera.let_its_address_change()
-    return camera
-
-
-def mac(camera):
-    return camera.mac.hex(":")
-
-
-def get(camera, key, **options):
-    result = qvpctl("get", mac(camera), key, **options)
-    assert (result.status, result.err) == (0, ""), result
-    return result.out.removesuffix("\n")
-
-
-def assert_set(camera, *assignments, **options):
-    """Changes, and then again: the second time there is nothing to do and nothing to say."""
-    result = qvpctl("set", mac(camera), *assignments, **options)
-    assert (result.status, result.out) == (0, ""), result
-    store = camera.store()
-    if any(assignment.startswith("wifi.") for assignment in assignments):  # the one command in the background
-        wait_until(lambda: any("reset_wifi" in command for command in camera.commands()), "the wireless reset")
-    camera.forget_commands()
-    again = qvpctl("set", mac(camera), *assignments, **options)
-    assert (again.status, again.out, again.err) == (0, "", ""), again
-    assert (camera.store(), camera.board_log()) == (store, [])
-    return result
+from cameras import MARK, TOOL, assert_fails, assert_set, get, living, mac, qvpctl
+from support.waiting import wait_until
 
 
 # --- What is set ------------------------------------------------------------------------------------------------------
@@ -294,7 +201,7 @@ def test_scan(camera):
 @pytest.mark.parametrize("command, result, script", [
     (["commit"], "committed", None), (["alert"], "answered", None),
     (["reboot", "--no-wait"], "asked to reboot", "/var/reboot"),
-    (["factory-reset", "--yes"], "asked for its factory settings", "/etc/init.d/userconfig reset")])
+    (["factory-reset", "--yes", "--no-wait"], "asked for its factory settings", "/etc/init.d/userconfig reset")])
 def test_asking_for_one_thing(camera, command, result, script):
     name, *options = command
     answer = qvpctl(name, mac(camera), *options, "--json")

@@ -1,19 +1,21 @@
-"""Broadcasts discovery requests until COUNT devices have answered; prints each reply as its sender and its bytes."""
+"""Broadcasts discovery requests until COUNT devices have answered; prints each reply as its sender and its bytes.
+
+broadcast_discovery.py COUNT [SECONDS]
+"""
 import socket
 import sys
 import time
 
 REQUEST = (b"\xfd\xfd" b"\x34\x12" b"\xa1\x00" b"\xff\xff\xff\xff\xff\xff" b"\x00\x00\x00\x00"
            b"\x00\x00" b"\x02\x00" b"\x00\x00")
-PATIENCE = 20
 
 
-def main(count):
+def main(count, patience=20):
     replies = {}
     with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as tool:
         tool.setsockopt(socket.SOL_SOCKET, socket.SO_BROADCAST, 1)
         tool.settimeout(0.5)
-        deadline = time.monotonic() + PATIENCE
+        deadline = time.monotonic() + patience
         while len(replies) < count and time.monotonic() < deadline:
             tool.sendto(REQUEST, ("255.255.255.255", 62976))
             try:
@@ -26,4 +28,4 @@ def main(count):
         print(address, data.hex())
 
 
-main(int(sys.argv[1]))
+main(*map(int, sys.argv[1:]))

@@ -17,6 +17,7 @@ kMask=255.254.0.0
 kToolAddress=198.18.0.1
 kNameServers=(198.18.0.2 198.18.0.3)
 kMostCameras=1000
+kRun=/run/virtual-camera
 
 camera_address() {
     printf '198.18.%d.%d' $(($1 / 256 + 1)) $(($1 % 256))
@@ -24,6 +25,17 @@ camera_address() {
 
 camera_mac() {
     printf '02:51:56:50:%02x:%02x' $(($1 / 256)) $(($1 % 256))
+}
+
+# Where the build of this tree has put NAME; beside the daemon, where one is told.
+built() { # NAME
+    local file
+    for file in ${daemon:+"$(dirname "$daemon")/$1"} "$tree/../build/release/$1"; do
+        [[ -f $file ]] || continue
+        readlink -f "$file"
+        return 0
+    done
+    return 1
 }
 
 require_number() { # WHAT TEXT LOWEST HIGHEST

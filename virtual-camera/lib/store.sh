@@ -1,4 +1,4 @@
-# shellcheck shell=bash disable=SC2154 # `tree` comes from common.sh
+# shellcheck shell=bash disable=SC2154 # `tree` comes from common.sh, where it was born from births.sh
 # The factory store of a camera, made from an ini file and settings of the form SECTION/KEY=TEXT.
 
 # Puts KEY=TEXT into section [NAME] of the array `lines`: in place of the key's line, else behind the section's heading.
@@ -25,15 +25,23 @@ camera_settings() { # NUMBER
     local products=(VC-1000 VC-2000 VC-3000)
     local product=${products[$1 % 3]}
     printf '%s\n' "INFO/Product=$product" "System/ModelName=$product-${1}A" "System/FirmwareVersion=$(($1 % 100))" \
-        "CAMSYSTEM/CameraName=Camera $1" "NETWORK_V4/IP=$(camera_address "$1")"
+        "CAMSYSTEM/CameraName=Camera $1"
+}
+
+network_settings() {
+    printf '%s\n' "NETWORK_V4/IP=$address" "NETWORK_V4/SubnetMask=$mask" "NETWORK_V4/Gateway=$gateway"
 }
 
 factory_store() { # NUMBER FILE-OR-NOTHING SETTING...
-    local file=$2 lines settings=("${@:3}") setting
+    local file=$2 lines settings=() setting
     if [[ -z $file ]]; then
         file=$tree/factory.ini
-        mapfile -t settings < <(camera_settings "$1" && printf '%s\n' "${@:3}")
-    elif ((${#settings[@]} == 0)); then
+        mapfile -t settings < <(camera_settings "$1" && network_settings)
+    elif [[ $address != "$(camera_address "$1")" ]]; then
+        mapfile -t settings < <(network_settings)
+    fi
+    settings+=("${@:3}")
+    if ((${#settings[@]} == 0)); then
         cat "$file" # byte for byte
         return
     fi

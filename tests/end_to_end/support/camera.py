@@ -228,8 +228,10 @@ class Lan:
     def camera(self, *options):
         return self._start(options).wait_for_start()
 
-    def cameras(self, count):
-        return [camera.wait_for_start() for camera in [self._start(()) for _ in range(count)]]
+    def cameras(self, count, special=None):
+        """All at once; `special` has the options of single ones, by their index."""
+        started = [self._start((special or {}).get(index, ())) for index in range(count)]
+        return [camera.wait_for_start() for camera in started]
 
     def stop_all(self):
         cameras, self.running = self.running, []

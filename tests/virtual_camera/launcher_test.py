@@ -1,83 +1,18 @@
-"""The virtual camera itself: its LAN, its board, and that it leaves this machine as it found it."""
+"""The launcher: its command line, the LAN, single cameras, and that it leaves this machine as it found it."""
 import os
 import pathlib
 import pty
 import re
 import shlex
+import shutil
 import signal
 import subprocess
-import sys
 import time
 import uuid
 
 import pytest
-
-TREE = pathlib.Path(__file__).parents[2]
-LAUNCHER = str(TREE / "virtual-camera/virtual-camera")
-CAMERA = shlex.quote(str(TREE / "virtual-camera/camera"))
-DISCOVER = shlex.join([sys.executable, str(TREE / "tests/virtual_camera/broadcast_discovery.py")])
-DAEMON = ["--daemon", os.environ["QVP_DAEMON"]] if "QVP_DAEMON" in os.environ else []
-PATIENCE = 60
-
-AS_NOBODY = ["setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"]
-USERS = [pytest.param([], id="caller"),
-         pytest.param(AS_NOBODY, id="nobody", marks=pytest.mark.skipif(os.getuid() != 0, reason="only root becomes nobody"))]
-
-# What the scripts below share: a wait on a condition, and the camera's folder.
-PROLOGUE = f"""
-set -eu
-camera() {{ {CAMERA} "$@"; }}
-until_true() {{ for _ in $(seq 500); do if "$@" 2>/dev/null; then return; fi; sleep 0.02; done; echo "never: $*" >&2; exit 99; }}
-one=$QVP_LAN/1
-store=$one/root/etc/qvp/camera.ini
-"""
-
-
-def start(*arguments, user=(), **options):
-    return subprocess.Popen([*user, LAUNCHER, *arguments], **options)
-
-
-def launch(*arguments, user=()):
-    return subprocess.run([*user, LAUNCHER, *arguments], capture_output=True, timeout=PATIENCE)
-
-
-def in_lan(script, *options, user=()):
-    """What a script prints that runs on a LAN with one camera, or as many as the options say."""
-    done = launch("run", *DAEMON, *options, "--", "bash", "-c", PROLOGUE + script, user=user)
-    assert done.returncode == 0, done.stderr.decode(errors="replace")
-    return done.stdout.decode()
-
-
-def replies(output):
-    """The discovery replies of an output, by address."""
-    return {address: bytes.fromhex(data) for address, data in re.findall(r"^([0-9.]+) ([0-9a-f]{1010})$", output, re.M)}
-
-
-def text(data, offset, width):
-    return data[offset:offset + width].split(b"\0")[0].decode()
-
-
-def processes_with(mark):
-    found = []
-    for path in pathlib.Path("/proc").glob("[0-9]*/environ"):
-        try:
-            if mark.encode() in path.read_bytes():
-                found.append((path.parent / "cmdline").read_bytes().replace(b"\0", b" "))
-        except OSError:
-            pass
-    return found
-
-
-def wait_until_gone(mark):
-    deadline = time.monotonic() + PATIENCE
-    while processes_with(mark):
-        assert time.monotonic() < deadline, processes_with(mark)
-        time.sleep(0.02)
-
-
-def interfaces():
-    listing = subprocess.run(["ip", "-oneline", "link"], capture_output=True, check=True).stdout.decode()
-    return re.findall(r"^\d+: ([^:@]+)", listing, re.M)
+from running import (CAMERA, DAEMON, DISCOVER, LAUNCHER, PATIENCE, TREE, USERS, in_lan, interfaces, launch,
+                     processes_with, replies, start, text, wait_until, wait_until_gone)
 
 
 # --- The command line -------------------------------------------------------------------------------------------------
@@ -96,6 +31,10 @@ def interfaces():
     (["run", "--daemon", "/bin/true", "--emulator", "no-such-emulator -x", "--", "true"], 125, "no-such-emulator"),
     (["run", "--daemon", "/bin/true", "--store", "/nowhere", "--", "true"], 125, "/nowhere"),
     (["run", "--daemon", "/bin/true", "--set", "Port=80", "--", "true"], 125, "SECTION/KEY=TEXT"),
+    (["run", "--daemon", "/bin/true", "--born", "lucky", "--", "true"], 125, "--born lucky"),
+    (["run", "--daemon", "/bin/true", "--born", "mute:soon", "--", "true"], 125, "--born mute:soon"),
+    (["run", "--daemon", "/bin/true", "--wireless", "wext", "--", "true"], 125, "--wireless wext"),
+    (["run", "-n", "2", "--camera", "3", "--", "true"], 125, "--camera: '3' is not a number from 1 to 2"),
     (["run", "--daemon", "/bin/false", "--", "true"], 125, "the daemon ended with exit status 1"),
     (["run", "-n", "0", "--", "no-such-command"], 127, "no-such-command"),
     (["run", "-n", "0", "--", "/etc/passwd"], 126, "/etc/passwd"),
@@ -150,8 +89,108 @@ def test_store_as_given_and_changed(tmp_path):
     as_given = in_lan("cat $store", "--store", str(store))
     assert as_given == store.read_text()
     changed = in_lan("cat $store", "--store", str(store), "--set", "HTTP/Port=82", "--set", 'INFO/BrandName="a=b/c "',
-                     "--set", "CAMSYSTEM/More=1")
-    assert changed == '# mine\n[CAMSYSTEM]\nMore=1\nCameraName=Gate\n\n[HTTP]\nPort=82\n[INFO]\nBrandName="a=b/c "\n'
+                     "--set", "HTTP/Port=83", "--set", "WIRELESS/SSID=Gate")
+    assert changed == '# mine\n[CAMSYSTEM]\nCameraName=Gate\n\n[HTTP]\nPort=83\n[INFO]\nBrandName="a=b/c "\n[WIRELESS]\nSSID=Gate\n'
+
+
+REFUSED = [  # a setting, and why the store would not take it
+    ("CAMSYSTEM/More=1", "no key CAMSYSTEM/More"),
+    ("HTTP/port=80", "no key HTTP/port"),
+    ("HTTP/Port=eighty", "not a number from -2147483648 to 2147483647"),
+    ("HTTP/Port=", "not a number"),
+    ("HTTP/Port=--1", "not a number"),
+    ("HTTP/Port=2147483648", "not a number"),
+    ("HTTP/Port=-2147483649", "not a number"),
+    ("System/MainVersion=65536", "not a number from 0 to 65535"),
+    ("System/MainVersion=-1", "not a number"),
+    ("UPnP/Enable=256", "not a number from 0 to 255"),
+    ("CAMSYSTEM/CameraName=" + "n" * 256, "256 bytes"),
+    ("CAMSYSTEM/CameraName=" + "ä" * 128, "256 bytes"),
+    ('CAMSYSTEM/CameraName="' + "\\x41" * 256 + '"', "256 bytes"),
+    ("CAMSYSTEM/CameraName=a\nPort=1", "a control byte"),
+    ("CAMSYSTEM/CameraName=a\x7f", "a control byte"),
+    ('CAMSYSTEM/CameraName="a', "ends with its quote"),
+    ('CAMSYSTEM/CameraName="', "ends with its quote"),
+    ('CAMSYSTEM/CameraName="a"b"', "ends with its quote"),
+    ('CAMSYSTEM/CameraName="a\\"', "ends with its quote"),
+    ('CAMSYSTEM/CameraName="\\q"', "knows the escapes"),
+    ('CAMSYSTEM/CameraName="a\\x00"', "knows the escapes"),
+]
+
+
+@pytest.mark.parametrize("setting, reason", REFUSED, ids=range(len(REFUSED)))
+def test_a_setting_that_the_store_would_not_take(setting, reason):
+    done = launch("run", *DAEMON, "--set", setting, "--", "true")
+    assert done.returncode == 125
+    assert reason in done.stderr.decode(), done.stderr
+
+
+def test_settings_that_the_store_takes():
+    taken = ["HTTP/Port=-2147483648", "DDNS/PROVIDER=2147483647", "System/MainVersion=65535", "System/FirmwareVersion=007",
+             "UPnP/Enable=255", "DDNS/Enable=\"1\"", "INFO/BrandName=" + "ä" * 127, "INFO/Product=", "DDNS/HOST=\"\"",
+             'DDNS/UID="' + "\\x41" * 255 + '"', 'DDNS/PWD="\\\\ \\" \\n\\r\\t%s"', "WIRELESS/SSID=a\"b\\c"]
+    options = [word for setting in taken for word in ("--set", setting)]
+    lines = in_lan("cat $store", *options).splitlines()
+    assert [setting for setting in taken if setting.split("/", 1)[1] not in lines] == []
+
+
+@pytest.mark.parametrize("spoilt", [
+    ("HTTP\",         \"Port", "HTTP-Port"), ("#define QVP_STORE_KEYS(", "#define QVP_KEYS("), ("    NUMBER(", "    INTEGER(")])
+def test_a_table_of_keys_that_is_not_understood(tmp_path, spoilt):
+    """Then nothing is taken, rather than everything or what is left of the table."""
+    shutil.copytree(TREE / "virtual-camera", tmp_path / "virtual-camera", symlinks=True)
+    (tmp_path / "platform").mkdir()
+    table = (TREE / "platform/store_keys.h").read_text()
+    assert spoilt[0] in table
+    (tmp_path / "platform/store_keys.h").write_text(table.replace(*spoilt))
+    launcher = tmp_path / "virtual-camera/virtual-camera"
+    done = subprocess.run([launcher, "run", "--daemon", "/bin/true", "--set", "CAMSYSTEM/CameraName=Gate", "--", "true"],
+                          capture_output=True, timeout=PATIENCE)
+    assert done.returncode == 125
+    assert "so --set cannot be checked" in done.stderr.decode()
+
+
+# --- What is kept -----------------------------------------------------------------------------------------------------
+
+def test_what_is_kept(tmp_path):
+    """QVP_LAN holds the cameras' folders with --keep as well, and afterwards no link leads out of what is kept."""
+    options = shlex.join(DAEMON)
+    output = in_lan(f"""
+        cat $store | head -1; camera exec 1 -- echo inside
+        camera start 7 {options} >/dev/null; head -1 $QVP_LAN/7/root/etc/qvp/camera.ini
+        """, "-n", "2", "--keep", str(tmp_path / "kept"))
+    heading = "# What a virtual camera is when it leaves the factory."
+    assert output.splitlines() == [heading, "inside", heading]
+    for number in (1, 2, 7):
+        assert "QVP Client Start" in (tmp_path / f"kept/{number}/qvp.log").read_text()
+    assert [path for path in (tmp_path / "kept").rglob("*") if path.is_symlink()] == []
+
+
+@pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGKILL])
+def test_what_is_kept_when_the_launcher_is_killed(tmp_path, number):
+    mark = uuid.uuid4().hex
+    command = ["run", *DAEMON, "--keep", str(tmp_path), "--env", f"MARK={mark}", "--", "sh", "-c"]
+    with start(*command, "readlink $QVP_LAN/1/root; exec sleep 1000", stdout=subprocess.PIPE) as launcher:
+        assert launcher.stdout.readline() != b""
+        launcher.send_signal(number)
+    wait_until_gone(mark)
+    # Nobody can tidy up behind a SIGKILL, but the link leads nowhere.
+    links = [path.readlink() for path in tmp_path.rglob("*") if path.is_symlink()]
+    assert all(link.parts[1] != "proc" and not link.exists() for link in links)
+    assert (links == []) == (number == signal.SIGTERM)
+    (tmp_path / "1/init.pid").write_text("1\n")  # there is always a process of that number
+    assert launch(*command, "test -e $QVP_LAN/1/root/etc/qvp/camera.ini").returncode == 0
+
+
+def test_the_services_end_with_the_lan():
+    mark = uuid.uuid4().hex
+    with start("run", "-n", "0", "--", "sh", "-c", "echo up; exec sleep 1000", stdout=subprocess.PIPE,
+               env={**os.environ, "MARK": mark}) as launcher:
+        assert launcher.stdout.readline() == b"up\n"
+        wait_until(lambda: {b"dnsmasq", b"time"} <= {name for line in processes_with(mark)
+                                                     for name in re.findall(rb"(dnsmasq|time)(?:_server| --)", line)})
+        launcher.kill()
+    wait_until_gone(mark)
 
 
 # --- Single cameras ---------------------------------------------------------------------------------------------------
@@ -176,71 +215,18 @@ def test_a_camera_is_started_entered_and_stopped(tmp_path):
     assert "QVP Client Start" in (tmp_path / "qvp.log").read_text()
 
 
-# --- The board --------------------------------------------------------------------------------------------------------
-
-SCRIPTS = [
-    "/etc/init.d/pppoe.sh", "/etc/init.d/llmnr-0", "/etc/init.d/bonjour-0", "/etc/init.d/rtmpd-0", "/etc/init.d/rtspd-0",
-    "/etc/init.d/httpd-0", "/etc/init.d/https-0", "/etc/init.d/ntpc.sh", "/etc/init.d/stop_daemon_when_fwup.sh",
-    "/usr/sbin/set_passwd", "/usr/sbin/msger", "/usr/sbin/rtcfg", "/usr/sbin/twinkling", "/usr/sbin/userconfig",
-    "/etc/init.d/ipv4", "/etc/init.d/userconfig", "/var/reboot"]
-
-
-def test_every_script_is_recorded_in_order():
-    calls = "\n".join(f"camera exec 1 -- {script} one '' 'two  words'" for script in SCRIPTS)
-    lines = in_lan(calls + "\ncat $one/board.log").splitlines()
-    assert [shlex.split(line) for line in lines] == [[script, "one", "", "two  words"] for script in SCRIPTS]
-
-
-def test_arguments_are_recorded_byte_for_byte(tmp_path):
-    hostile = [bytes(range(1, 128)), bytes(range(128, 256)), "é".encode(), b"a'b\"c$d`e\\f", b"-n", b"%s\n"]
-    (tmp_path / "words").write_bytes(b"\0".join(hostile) + b"\0")
-    line = in_lan(f"xargs -0 {CAMERA} exec 1 -- /usr/sbin/set_passwd <{tmp_path}/words; cat $one/board.log")
-    assert line.isascii() and line.count("\n") == 1
-    words = subprocess.run(["bash", "-c", f"printf '%s\\0' {line}"], capture_output=True, check=True).stdout
-    assert words.split(b"\0")[1:-1] == hostile
-
-
-def test_the_store_decides_the_address():
-    output = in_lan(f"""
-        address() {{
-            sed -i "s/^BootProto=.*/BootProto=$1/; s/^IP=.*/IP=$2/; s/^Gateway=.*/Gateway=$3/; s/^DNS1=.*/DNS1=$4/" $store
-            camera exec 1 -- /etc/init.d/ipv4 restart
-            {DISCOVER} 1
-        }}
-        address 0 198.19.0.9 198.18.0.77 192.0.2.1
-        address 1 198.19.0.9 198.18.0.77 192.0.2.1
-        address 0 0.0.0.0 0.0.0.0 0.0.0.0
+def test_the_log_of_a_camera():
+    output = in_lan("""
+        camera exec 1 -- /usr/sbin/twinkling 5; camera log 1
+        camera log 1 --follow >$QVP_LAN/followed & follower=$!
+        camera exec 1 -- /usr/sbin/twinkling 6; until_true grep -q 6 $QVP_LAN/followed; kill $follower
+        cat $QVP_LAN/followed
+        if camera log 2 2>&1; then :; else echo status $?; fi
+        if camera log 2 --folder /nowhere 2>&1; then :; else echo status $?; fi
         """)
-    addresses = [data[290:294] + data[298:314] for data in map(bytes.fromhex, re.findall(r"^\S+ (\w{1010})$", output, re.M))]
-    static = bytes([198, 19, 0, 9, 255, 254, 0, 0, 198, 18, 0, 77, 198, 18, 0, 2, 192, 0, 2, 1])
-    first = bytes([198, 18, 1, 1, 255, 254, 0, 0, 198, 18, 0, 1, 198, 18, 0, 2, 198, 18, 0, 3])
-    assert addresses == [static, first, first]
-
-
-def test_factory_reset_and_reboot():
-    """Two reboots that wait at the same time are one; the daemon ends in order, and what lay in memory is gone."""
-    output = in_lan(f"""
-        before=$(cat $one/pid)
-        sed -i 's/^CameraName=.*/CameraName=Changed/' $store
-        echo 1 >$one/root/run/qvp/sysinfo/4
-        camera exec 1 -- /etc/init.d/userconfig reset
-        camera exec 1 -- /var/reboot -d 1000 & camera exec 1 -- /var/reboot -d 1000; wait
-        rebooted() {{ test "$(cat $one/pid)" != $before && test -s $one/root/run/qvp-eth0.pid; }}
-        until_true rebooted
-        {DISCOVER} 1
-        test ! -e $one/root/run/qvp/sysinfo/4
-        grep -c 'Client Start' $one/qvp.log; grep -c 'Client Stop' $one/qvp.log
-        """, "--reboot-delay", "0.2")
-    assert [text(data, 226, 64) for data in replies(output).values()] == ["Camera 1"]
-    assert output.splitlines()[-2:] == ["2", "1"]
-
-
-def test_a_camera_has_a_clock_of_its_own():
-    output = in_lan(f"camera exec 1 -- date -s '2031-02-03 04:05:06' >/dev/null; {DISCOVER} 2; date +%s", "-n", "2")
-    first, second = [text(data, 315, 16) for data in replies(output).values()]
-    assert first.startswith("2031020304")
-    assert not second.startswith("2031")
-    assert abs(int(output.splitlines()[-1]) - time.time()) < PATIENCE
+    five, six = "'/usr/sbin/twinkling' '5'", "'/usr/sbin/twinkling' '6'"
+    assert output.splitlines() == [five, five, six, "virtual-camera: there is no camera 2", "status 125",
+                                   "virtual-camera: there is no camera 2 in /nowhere", "status 125"]
 
 
 # --- Nothing changes on this machine, and nothing is left -------------------------------------------------------------
