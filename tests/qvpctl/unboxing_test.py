@@ -3,8 +3,29 @@
 pytest itself runs inside the virtual LAN:
   virtual-camera/virtual-camera run -n 0 -- /usr/bin/python3 -m pytest tests/qvpctl/unboxing_test.py
 """
+import signal
+import threading
+from contextlib import contextmanager
+
 import pytest
-from cameras import JSON, PLAIN, discover, living, mac, run, value
+from cameras import JSON, PLAIN, assert_fails, discover, living, mac, run, value
+from support.waiting import wait_until
+
+
+@contextmanager
+def reporting(camera):
+    """The camera reports every second meanwhile; by itself it does so every thirty."""
+    ended = threading.Event()
+
+    def ask():
+        while not ended.wait(1):
+            camera.signal(signal.SIGALRM)
+
+    thread = threading.Thread(target=ask)
+    thread.start()
+    yield
+    ended.set()
+    thread.join()
 
 
 @pytest.mark.parametrize("form", [PLAIN, JSON], ids=["plain", "json"])
@@ -13,7 +34,25 @@ def test_unboxing(lan, form):
     camera = living(lan.camera("--born", "other-subnet"))
     known = discover(form, "--wait", "35", "--expect", "1")
     assert known == {mac(camera): ("192.168.0.20", f"Camera {camera.number}", ["other-subnet"])}
-    run(form, "set", mac(camera), "name=Front door", "ipv4.address=198.18.77.7/15", "ipv4.gateway=198.18.0.1")
+    run(form, "set", mac(camera), "name=Front door", "ipv4.address=198.18.77.7/15", "ipv4.gateway=198.18.0.1",
+        "upnp=off", "wifi.ssid=Warehouse")
     assert discover(form, "--expect", "1") == {mac(camera): ("198.18.77.7", "Front door", [])}
     assert value(form, camera, "ipv4.gateway") == "198.18.0.1"
+    assert (value(form, camera, "upnp"), value(form, camera, "wifi.ssid")) == ("off", "Warehouse")
     run(form, "verify", "198.18.77.7")
+
+
+def test_what_can_only_be_set_once_the_camera_answers(lan):
+    camera = living(lan.camera("--born", "other-subnet"))
+    with reporting(camera):
+        assert_fails(1, "set", mac(camera), "upnp=off", words="set its ipv4.address as well")
+        assert_fails(2, "set", mac(camera), "upnp=off", "name=Gate", "--no-wait", words="not with --no-wait")
+    assert camera.store()["UPnP"]["Enable"] == b"1"
+
+
+@pytest.mark.parametrize("form", [PLAIN, JSON], ids=["plain", "json"])
+def test_unboxing_without_waiting(lan, form):
+    camera = living(lan.camera("--born", "other-subnet"))
+    with reporting(camera):
+        run(form, "set", mac(camera), "name=Front door", "ipv4.address=198.18.77.7/15", "--no-wait")
+    wait_until(lambda: camera.store()["CAMSYSTEM"]["CameraName"] == b"Front door", "the name")
