@@ -1,0 +1,16 @@
+"""What the daemon may cost. tests/bench/figures_test.py fails above the figures that are the same from run to run;
+bench/run shows how far the others are."""
+
+# System calls and user instructions of a request, and its processor time as a multiple of the floor's.
+REQUEST = {
+    "header-only": {"calls": 6, "instructions": 1_500, "times_floor": 1.15},
+    "discovery": {"calls": 12, "instructions": 4_000, "times_floor": 1.5},
+    "authenticated get": {"calls": 10, "instructions": 5_000, "times_floor": 1.5},
+}
+
+# Bytes.
+SIZE = {"bss": 160 * 1024, "mips_stripped": 60_000}
+
+# Shown only.
+MEMORY = {"private_dirty": 120 * 1024, "resident": 1_600 * 1024}
+START_MILLISECONDS = 2

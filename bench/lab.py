@@ -1,0 +1,161 @@
+"""A network of two hosts, made in namespaces that bench/run has entered, and the servers that are measured on it."""
+import ctypes
+import os
+import pathlib
+import shutil
+import signal
+import socket
+import struct
+import subprocess
+import time
+
+TREE = pathlib.Path(__file__).resolve().parents[1]
+STATE = pathlib.Path("/run/bench")  # a tmpfs
+CLIENT_ADDRESS, SERVER_ADDRESS, INTERFACE = "198.18.0.1", "198.18.0.2", "eth0"
+CPUS = sorted(os.sched_getaffinity(0))
+CLIENT_CPU, SERVER_CPU = CPUS[0], CPUS[-1]
+CLONE_NEWNET = 0x40000000
+PROCESS_CPU_CLOCK = 2
+LONGEST_WAIT = 60
+
+c_library = ctypes.CDLL(None, use_errno=True)
+
+
+def sh(script):
+    subprocess.run(["sh", "-ec", script], check=True)
+
+
+def wait_until(condition, what):
+    end = time.monotonic() + LONGEST_WAIT
+    while not condition():
+        if time.monotonic() > end:
+            raise TimeoutError(f"never: {what}")
+        time.sleep(0.002)
+
+
+def zone_file():
+    """/etc/localtime as a camera has it: a zone with daylight saving, by its rule alone."""
+    block = struct.pack(">4s1s15x6l", b"TZif", b"2", 0, 0, 0, 0, 1, 4) + struct.pack(">lBB4s", 3600, 0, 0, b"CET\0")
+    return block + block + b"\nCET-1CEST,M3.5.0,M10.5.0/3\n"
+
+
+def make_etc(folder):
+    """What programs find in /etc: the same on every machine."""
+    folder.mkdir()
+    for name in ("ld.so.cache", "ld.so.conf", "ld.so.conf.d", "passwd", "group", "nsswitch.conf", "alternatives"):
+        source = pathlib.Path("/etc", name)
+        if source.is_dir():
+            shutil.copytree(source, folder / name, symlinks=True)
+        elif source.exists():
+            shutil.copy(source, folder)
+    shutil.copy(TREE / "virtual-camera/board/etc/wifi_channel.ini", folder)
+    (folder / "resolv.conf").write_text("nameserver 198.18.0.1\nnameserver 198.18.0.3\n")
+    (folder / "localtime").write_bytes(zone_file())
+
+
+def enter_network(name):
+    with open(f"/run/netns/{name}", "rb") as network:
+        if c_library.setns(network.fileno(), CLONE_NEWNET) != 0:
+            raise OSError(ctypes.get_errno(), f"setns {name}")
+
+
+def make_lab():
+    sh("mount -t tmpfs -o mode=755 run /run && mkdir /run/bench")
+    make_etc(STATE / "etc")
+    sh(f"""mount --bind {STATE}/etc /etc
+        ip link set lo up
+        ip netns add server
+        ip link add client0 type veth peer name {INTERFACE} netns server
+        ip address add {CLIENT_ADDRESS}/24 dev client0 && ip link set client0 up
+        ip -n server link set {INTERFACE} address 02:51:56:50:00:01
+        ip -n server address add {SERVER_ADDRESS}/24 dev {INTERFACE}
+        ip -n server link set lo up && ip -n server link set {INTERFACE} up
+        ip -n server route add default via {CLIENT_ADDRESS}""")
+    # A server is found to be starting by the ICMP message that nobody listens yet.
+    in_server = start_process(["sh", "-c", "echo 0 >/proc/sys/net/ipv4/icmp_ratelimit"], "server")
+    if in_server.wait() != 0:
+        raise RuntimeError("cannot lift the limit of ICMP messages")
+    os.sched_setaffinity(0, {CLIENT_CPU})
+
+
+def start_process(command, network, environment=None, on_start=lambda: None):
+    def enter():
+        enter_network(network)
+        os.sched_setaffinity(0, {SERVER_CPU})
+        on_start()
+
+    return subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                            env={"PATH": "/usr/sbin:/usr/bin:/sbin:/bin", **(environment or {})}, preexec_fn=enter)
+
+
+class Process:
+    """A running server."""
+
+    def __init__(self, pid):
+        self.pid = pid
+
+    def cpu_seconds(self):
+        return time.clock_gettime(~self.pid << 3 | PROCESS_CPU_CLOCK)
+
+    def memory(self):
+        """Resident and private dirty bytes."""
+        lines = pathlib.Path(f"/proc/{self.pid}/smaps_rollup").read_text().splitlines()[1:]
+        fields = {line.split(":")[0]: int(line.split()[1]) * 1024 for line in lines}
+        return fields["Rss"], fields["Private_Dirty"]
+
+    def stop(self):
+        os.kill(self.pid, signal.SIGTERM)
+        os.waitpid(self.pid, 0)
+
+
+class Server:
+    """How a server is started, and the requests that it is measured with."""
+
+    def __init__(self, command, port, requests, environment=None, on_start=None, pid_file=None):
+        self.command, self.port, self.environment = [str(word) for word in command], port, environment
+        self.requests = [request.hex() for request in requests]
+        self.on_start = on_start or (lambda: None)  # between the start and the first request
+        self.pid_file = pid_file  # of one that goes to the background
+
+    def start(self, prefix=()):
+        """Returns once the server has answered exactly one request."""
+        started = start_process([*prefix, *self.command], "server", self.environment)
+        process = Process(started.pid)
+        if self.pid_file:
+            process.pid = self._background_process(started)
+        else:
+            started.returncode = 0  # this module waits for it, not subprocess
+        self.on_start()
+        self.first_reply = self._ask_until_answered(process)
+        return process
+
+    def _background_process(self, started):
+        started.wait()
+        wait_until(lambda: self.pid_file.exists() and self.pid_file.read_text().strip(), f"{self.pid_file}")
+        pid = int(self.pid_file.read_text())
+        self.pid_file.unlink()
+        return pid
+
+    def _ask_until_answered(self, process):
+        """A request that was refused was not received; any other is answered, however long that takes."""
+        with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as client:
+            client.connect((SERVER_ADDRESS, self.port))
+            client.settimeout(LONGEST_WAIT)
+            while True:
+                try:
+                    client.send(bytes.fromhex(self.requests[0]))
+                    return client.recv(1024)
+                except ConnectionRefusedError:
+                    if os.waitpid(process.pid, os.WNOHANG) != (0, 0):
+                        raise RuntimeError(f"{self.command[0]} ended at once") from None
+                    time.sleep(0.005)
+
+
+class Load:
+    """What a run of the load generator measured."""
+
+    def __init__(self, server, *options):
+        command = [TREE / "build/release/bench_load", *options, SERVER_ADDRESS, str(server.port), *server.requests]
+        output = subprocess.run(command, check=True, stdout=subprocess.PIPE, text=True).stdout
+        self.replies, self.lost, self.reply_bytes, nanoseconds, self.p50, self.p99 = map(int, output.split())
+        self.rate = self.replies * 1e9 / nanoseconds
