@@ -10,7 +10,7 @@ import time
 
 from lab import STATE, Load, wait_until
 
-REQUESTS = 200
+REQUESTS = 100
 PRESENCE_SECONDS = 25  # the daemon reports its presence every 30 s: a run that took longer may hold a second report
 COST = re.compile(r"[+\-*\d]\S* (\d+)")
 
@@ -38,8 +38,10 @@ def _difference(measure, server, requests):
 def _calls_of_run(server, requests):
     table = STATE / "strace"
     table.unlink(missing_ok=True)
-    # -D: the server stays the process that was started; its tracer writes the table when it is gone.
-    _run(server, ["strace", "-D", "-f", "-c", "-o", table], requests)
+    # -D: the server stays the process that was started; its tracer writes the table when it is gone. What a command
+    # that the server runs asks of the system is not the server's.
+    follow = ["-f"] if server.pid_file else []
+    _run(server, ["strace", "-D", *follow, "-c", "-o", table], requests)
     wait_until(lambda: table.exists() and " total\n" in table.read_text(), "strace's table")
     rows = [line.split() for line in table.read_text().splitlines()[2:]]
     return collections.Counter({row[-1]: int(row[3]) for row in rows if row[-1] != "total" and row[3].isdigit()})

@@ -1,5 +1,6 @@
 """A network of two hosts, made in namespaces that bench/run has entered, and the servers that are measured on it."""
 import ctypes
+import mmap
 import os
 import pathlib
 import shutil
@@ -10,6 +11,7 @@ import subprocess
 import time
 
 TREE = pathlib.Path(__file__).resolve().parents[1]
+BUILD = pathlib.Path(os.environ.get("QVP_BUILD", TREE / "build/release"))
 STATE = pathlib.Path("/run/bench")  # a tmpfs
 CLIENT_ADDRESS, SERVER_ADDRESS, INTERFACE = "198.18.0.1", "198.18.0.2", "eth0"
 CPUS = sorted(os.sched_getaffinity(0))
@@ -19,6 +21,7 @@ PROCESS_CPU_CLOCK = 2
 LONGEST_WAIT = 60
 
 c_library = ctypes.CDLL(None, use_errno=True)
+exec_time = mmap.mmap(-1, 8)  # when the last process became its program; shared with it until then
 
 
 def sh(script):
@@ -78,11 +81,11 @@ def make_lab():
     os.sched_setaffinity(0, {CLIENT_CPU})
 
 
-def start_process(command, network, environment=None, on_start=lambda: None):
+def start_process(command, network, environment=None):
     def enter():
         enter_network(network)
         os.sched_setaffinity(0, {SERVER_CPU})
-        on_start()
+        exec_time[:] = struct.pack("q", time.monotonic_ns())
 
     return subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
                             env={"PATH": "/usr/sbin:/usr/bin:/sbin:/bin", **(environment or {})}, preexec_fn=enter)
@@ -111,14 +114,17 @@ class Process:
 class Server:
     """How a server is started, and the requests that it is measured with."""
 
-    def __init__(self, command, port, requests, environment=None, on_start=None, pid_file=None):
+    def __init__(self, command, port, requests, environment=None, before_start=None, on_start=None,
+                 pid_file=None):
         self.command, self.port, self.environment = [str(word) for word in command], port, environment
         self.requests = [request.hex() for request in requests]
+        self.before_start = before_start or (lambda: None)
         self.on_start = on_start or (lambda: None)  # between the start and the first request
         self.pid_file = pid_file  # of one that goes to the background
 
     def start(self, prefix=()):
         """Returns once the server has answered exactly one request."""
+        self.before_start()
         started = start_process([*prefix, *self.command], "server", self.environment)
         process = Process(started.pid)
         if self.pid_file:
@@ -155,7 +161,7 @@ class Load:
     """What a run of the load generator measured."""
 
     def __init__(self, server, *options):
-        command = [TREE / "build/release/bench_load", *options, SERVER_ADDRESS, str(server.port), *server.requests]
+        command = [BUILD / "bench_load", *options, SERVER_ADDRESS, str(server.port), *server.requests]
         output = subprocess.run(command, check=True, stdout=subprocess.PIPE, text=True).stdout
         self.replies, self.lost, self.reply_bytes, nanoseconds, self.p50, self.p99 = map(int, output.split())
         self.rate = self.replies * 1e9 / nanoseconds

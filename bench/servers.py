@@ -1,13 +1,12 @@
 """What is measured: the floor, the daemon with each of its commands, and two well-known daemons beside it."""
 import os
-import pathlib
 import socket
 import struct
 import subprocess
 from dataclasses import dataclass
 
 import datagrams
-from lab import INTERFACE, SERVER_ADDRESS, STATE, TREE, Server, wait_until
+from lab import BUILD, INTERFACE, SERVER_ADDRESS, STATE, TREE, Server, wait_until
 
 FLOOR_PORT = 9
 PEERS = TREE / "build/bench/peers/usr/sbin"
@@ -24,7 +23,7 @@ class Row:
 
 
 def floor(reply_bytes, *options, port=FLOOR_PORT):
-    command = [TREE / "build/release/bench_floor", *options, port, reply_bytes]
+    command = [BUILD / "bench_floor", *options, port, reply_bytes]
     return Server(command, port, [datagrams.discovery()])
 
 
@@ -35,9 +34,9 @@ def floors():
             Row("floor_queries", "floor, two traces, three queries", floor(DISCOVERY_BYTES, *everything, port=10), "floor")]
 
 
-def make_store(folder, size=0):
-    """The factory store; with a size, padded with sections that the daemon does not know."""
-    folder.mkdir(parents=True, exist_ok=True)
+def make_store(folder, size):
+    """The factory store, padded to a size with sections that the daemon does not know."""
+    folder.mkdir(exist_ok=True)
     text = (TREE / "virtual-camera/factory.ini").read_text()
     padding = ""
     while len(text) + len(padding) < size:
@@ -47,14 +46,15 @@ def make_store(folder, size=0):
     (folder / "sysinfo").mkdir(exist_ok=True)
 
 
-def daemon(*requests, folder=STATE / "camera", program=TREE / "build/release/qvp"):
+def daemon(*requests, folder=STATE / "camera", store_size=0):
+    """Each start finds the same store."""
     environment = {"QVP_STORE": str(folder / "camera.ini"), "QVP_SYSINFO": str(folder / "sysinfo")}
-    return Server([program, INTERFACE], datagrams.PORT, requests, environment)
+    return Server([BUILD / "qvp", INTERFACE], datagrams.PORT, requests, environment,
+                  before_start=lambda: make_store(folder, store_size))
 
 
 def daemon_rows():
     d = datagrams
-    make_store(STATE / "camera")
     rows = [("supported", "supported functions", "header-only", [d.supported_functions()]),
             ("alert", "alert information", "header-only", [d.alert()]),
             ("discovery", "discovery", "discovery", [d.discovery()]),
@@ -96,6 +96,8 @@ def minissdpd():
         with socket.socket(socket.AF_UNIX) as client:
             client.connect(str(address))
             client.send(b"\x04" + b"".join(bytes([len(text)]) + text.encode() for text in texts))
+            client.send(b"\x01" + bytes([len(wanted)]) + wanted.encode())  # which devices it knows: once it knows one
+            client.recv(1024)
         address.unlink()
 
     search = f'M-SEARCH * HTTP/1.1\r\nHOST: 239.255.255.250:1900\r\nMAN: "ssdp:discover"\r\nMX: 1\r\nST: {wanted}\r\n\r\n'
@@ -126,5 +128,6 @@ def peer_rows():
 
 
 def built(preset):
-    path = pathlib.Path(TREE, "build", preset, "qvp")
+    """The daemon of a preset, where there is one."""
+    path = BUILD.parent / preset / "qvp"
     return path if path.exists() else None

@@ -34,7 +34,7 @@ MAY_INCLUDE = {
     "qvpctl": CLIENT | {"protocol"},
     "qvpctl/commands": CLIENT | {"qvpctl", "protocol"},
 }
-OUTSIDE = {"tests", "virtual-camera", "build"}  # top folders whose sources are not on a floor
+OUTSIDE = {"tests", "virtual-camera", "bench", "build"}  # top folders whose sources are not on a floor
 ROOTS = ["", "src", "platform", LINUX]  # what the compiler searches
 INCLUDE = re.compile(r'^#include "([^"]+)"', re.M)
 
