@@ -11,13 +11,14 @@ import time
 from lab import STATE, Load, wait_until
 
 REQUESTS = 100
+ATTEMPTS = 3
 PRESENCE_SECONDS = 25  # the daemon reports its presence every 30 s: a run that took longer may hold a second report
 COST = re.compile(r"[+\-*\d]\S* (\d+)")
 
 
 def _run(server, prefix, requests):
     """A server under a tool, from its start to its end; its process id."""
-    while True:
+    for _ in range(ATTEMPTS):
         start = time.monotonic()
         process = server.start(prefix)
         load = Load(server, "-n", str(requests))
@@ -26,6 +27,7 @@ def _run(server, prefix, requests):
             raise RuntimeError(f"{server.command[0]} left {load.lost} requests unanswered")
         if time.monotonic() - start < PRESENCE_SECONDS:
             return process.pid
+    raise RuntimeError(f"{server.command[0]} needs too long for {requests} requests under {prefix[0]}")
 
 
 def _difference(measure, server, requests):

@@ -76,19 +76,22 @@ def make_lab():
         ip -n server route add default via {CLIENT_ADDRESS}""")
     # A server is found to be starting by the ICMP message that nobody listens yet.
     in_server = start_process(["sh", "-c", "echo 0 >/proc/sys/net/ipv4/icmp_ratelimit"], "server")
-    if in_server.wait() != 0:
+    if os.waitpid(in_server, 0)[1] != 0:
         raise RuntimeError("cannot lift the limit of ICMP messages")
     os.sched_setaffinity(0, {CLIENT_CPU})
 
 
 def start_process(command, network, environment=None):
+    """Its process id; whoever calls this waits for its end."""
     def enter():
         enter_network(network)
         os.sched_setaffinity(0, {SERVER_CPU})
         exec_time[:] = struct.pack("q", time.monotonic_ns())
 
-    return subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-                            env={"PATH": "/usr/sbin:/usr/bin:/sbin:/bin", **(environment or {})}, preexec_fn=enter)
+    started = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                               env={"PATH": "/usr/sbin:/usr/bin:/sbin:/bin", **(environment or {})}, preexec_fn=enter)
+    started.returncode = 0  # so that subprocess does not wait for it
+    return started.pid
 
 
 class Process:
@@ -125,18 +128,14 @@ class Server:
     def start(self, prefix=()):
         """Returns once the server has answered exactly one request."""
         self.before_start()
-        started = start_process([*prefix, *self.command], "server", self.environment)
-        process = Process(started.pid)
-        if self.pid_file:
-            process.pid = self._background_process(started)
-        else:
-            started.returncode = 0  # this module waits for it, not subprocess
+        pid = start_process([*prefix, *self.command], "server", self.environment)
+        process = Process(self._background_process(pid) if self.pid_file else pid)
         self.on_start()
         self.first_reply = self._ask_until_answered(process)
         return process
 
     def _background_process(self, started):
-        started.wait()
+        os.waitpid(started, 0)
         wait_until(lambda: self.pid_file.exists() and self.pid_file.read_text().strip(), f"{self.pid_file}")
         pid = int(self.pid_file.read_text())
         self.pid_file.unlink()
