@@ -1,4 +1,4 @@
-"""Figures that are the same from run to run: system calls, user instructions, sizes.
+"""Figures that are the same from run to run, but for the digits of the clock: system calls, user instructions, sizes.
 
 Calls and instructions are the difference of two runs, of N requests and of 2N, so that start and end do not count.
 """
@@ -10,7 +10,6 @@ import time
 
 from lab import STATE, Load, wait_until
 
-REQUESTS = 100
 ATTEMPTS = 3
 PRESENCE_SECONDS = 25  # the daemon reports its presence every 30 s: a run that took longer may hold a second report
 COST = re.compile(r"[+\-*\d]\S* (\d+)")
@@ -74,12 +73,12 @@ def _own_costs(path):
     return costs
 
 
-def system_calls(server, requests=REQUESTS):
+def system_calls(server, requests):
     """By name, a request."""
     return _difference(_calls_of_run, server, requests)
 
 
-def instructions(server, requests=REQUESTS):
+def instructions(server, requests):
     """By (file, function), a request."""
     return _difference(_instructions_of_run, server, requests)
 
@@ -97,5 +96,6 @@ def stripped_size(program):
 
 
 def bss_size(program):
-    sections = subprocess.run([_tool(program, "readelf"), "-SW", program], check=True, stdout=subprocess.PIPE, text=True).stdout
+    command = [_tool(program, "readelf"), "-SW", program]
+    sections = subprocess.run(command, check=True, stdout=subprocess.PIPE, text=True).stdout
     return int(re.search(r" \.bss +NOBITS +\w+ \w+ (\w+)", sections)[1], 16)

@@ -44,8 +44,10 @@ def get_clock():
 
 def set_basic(name, port=80):
     """Camera name, web port and static addressing."""
-    addresses = bytes([198, 18, 0, 2, *struct.pack("<HH", port, 0), 255, 255, 255, 0, 198, 18, 0, 1, 198, 18, 0, 1, 198, 18, 0, 3])
-    return protected(0x00A2, name.encode().ljust(64, b"\0") + addresses + b"\0")
+    address, mask, gateway, dns2 = ("c6120002", "ffffff00", "c6120001", "c6120003")
+    addressing = struct.pack("<4sHH4s4s4s4sB", bytes.fromhex(address), port, 0,
+                             *map(bytes.fromhex, (mask, gateway, gateway, dns2)), 0)
+    return protected(0x00A2, name.encode().ljust(64, b"\0") + addressing)
 
 
 def set_network(user):

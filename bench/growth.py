@@ -40,7 +40,8 @@ class Cameras:
 
     def __init__(self):
         self.processes = []
-        self._ip("", "link add lan0 type bridge", "address add 198.19.0.1/16 brd 198.19.255.255 dev lan0", "link set lan0 up")
+        self._ip("", "link add lan0 type bridge", "address add 198.19.0.1/16 brd 198.19.255.255 dev lan0",
+                 "link set lan0 up")
         self.client = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
         self.client.setsockopt(socket.SOL_SOCKET, socket.SO_BROADCAST, 1)
         self.client.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, MOST_BYTES)
@@ -57,8 +58,8 @@ class Cameras:
         self._ip("", f"netns add {name}", f"link add {name} type veth peer name eth{number} netns {name}",
                  f"link set {name} master lan0 up")
         # A pid file is named after the interface, and these cameras share their /run.
-        self._ip(name, f"address add 198.19.1.{number}/16 dev eth{number}", "link set lo up", f"link set eth{number} up",
-                 "route add default via 198.19.0.1")
+        self._ip(name, f"address add 198.19.1.{number}/16 dev eth{number}", "link set lo up",
+                 f"link set eth{number} up", "route add default via 198.19.0.1")
         server = servers.daemon(folder=folder)
         command = [server.command[0], f"eth{number}"]
         self.processes.append(Process(start_process(command, name, server.environment)))
@@ -103,5 +104,6 @@ def with_cameras():
         before = cameras.cpu_seconds()
         asked = [cameras.ask() for _ in range(BROADCASTS)]
         cpu = (cameras.cpu_seconds() - before) * 1000 / BROADCASTS
-        yield BroadcastCost(count, statistics.median(time for time, _ in asked), cpu, min(answers for _, answers in asked))
+        yield BroadcastCost(count, statistics.median(took for took, _ in asked), cpu,
+                            min(answers for _, answers in asked))
     cameras.stop()

@@ -118,12 +118,13 @@ class Server:
     """How a server is started, and the requests that it is measured with."""
 
     def __init__(self, command, port, requests, environment=None, before_start=None, on_start=None,
-                 pid_file=None):
+                 pid_file=None, is_right=None):
         self.command, self.port, self.environment = [str(word) for word in command], port, environment
         self.requests = [request.hex() for request in requests]
         self.before_start = before_start or (lambda: None)
         self.on_start = on_start or (lambda: None)  # between the start and the first request
         self.pid_file = pid_file  # of one that goes to the background
+        self.is_right = is_right or (lambda reply: True)
 
     def start(self, prefix=()):
         """Returns once the server has answered exactly one request."""
@@ -132,6 +133,8 @@ class Server:
         process = Process(self._background_process(pid) if self.pid_file else pid)
         self.on_start()
         self.first_reply = self._ask_until_answered(process)
+        if not self.is_right(self.first_reply):
+            raise RuntimeError(f"another answer than is to be measured: {self.first_reply.hex()}")
         return process
 
     def _background_process(self, started):

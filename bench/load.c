@@ -1,6 +1,7 @@
 // Sends requests to a server of datagrams and measures its replies. A server answers in the order in which it was
 // asked, so the oldest request in flight is the one that a reply answers.
 #include <arpa/inet.h>
+#include <errno.h>
 #include <netinet/in.h>
 #include <stdbool.h>
 #include <stdint.h>
@@ -12,12 +13,14 @@
 #include <time.h>
 #include <unistd.h>
 
-enum { kMostBytes = 1024, kMostRequests = 16, kMostInFlight = 64, kMostReplies = 1 << 21, kMostSilences = 3 };
+enum { kMostBytes = 1024, kMostRequests = 16, kMostInFlight = 64, kMostReplies = 1 << 21 };
+enum { kMostSilences = 3, kSilenceSeconds = 2 };
 static const uint64_t kSecond = 1000000000;
 
 static const char kUsage[] =
-    "Usage: bench_load (-n REQUESTS | -s SECONDS) [-w WINDOW] ADDRESS PORT HEX...\n"
-    "Sends the datagrams in turn, WINDOW (1 to 64, default 1) of them ahead of their replies.\n"
+    "Usage: bench_load (-n REQUESTS | -s SECONDS) [-w WINDOW] [-b] ADDRESS PORT HEX...\n"
+    "Sends the datagrams in turn, WINDOW (1 to 64, default 1) of them ahead of their replies; with -b, does not sleep\n"
+    "in between, so that the server need not wake it.\n"
     "Prints: replies lost bytes-of-the-last-reply nanoseconds median-latency 99th-percentile (nanoseconds)\n";
 
 struct Datagram {
@@ -50,7 +53,7 @@ static bool takeHex(const char* text, struct Datagram* out) {
 
 static int openClient(const char* address, const char* port) {
     struct sockaddr_in server = {.sin_family = AF_INET, .sin_port = htons((uint16_t)atoi(port))};
-    struct timeval silence = {.tv_sec = 2};
+    struct timeval silence = {.tv_sec = kSilenceSeconds};
     int client = socket(AF_INET, SOCK_DGRAM, 0);
     if (client >= 0 && inet_pton(AF_INET, address, &server.sin_addr) == 1 &&
         setsockopt(client, SOL_SOCKET, SO_RCVTIMEO, &silence, sizeof silence) == 0 &&
@@ -67,13 +70,22 @@ static void sendRequest(int client, uint64_t number) {
     if (send(client, request->bytes, request->length, 0) < 0) perror("bench_load: send");
 }
 
+static ssize_t receive(int client, uint8_t reply[kMostBytes], bool busy) {
+    if (!busy) return recv(client, reply, kMostBytes, 0);
+    for (uint64_t end = now() + kSilenceSeconds * kSecond; now() < end;) {
+        ssize_t length = recv(client, reply, kMostBytes, MSG_DONTWAIT);
+        if (length >= 0 || errno != EAGAIN) return length;
+    }
+    return -1;
+}
+
 struct Result {
     uint64_t replies, lost, nanoseconds;
     ssize_t replyBytes;
 };
 
 // Until `most` requests are answered or `deadline` is over; the requests in flight are waited for.
-static struct Result run(int client, uint64_t window, uint64_t most, uint64_t deadline) {
+static struct Result run(int client, uint64_t window, bool busy, uint64_t most, uint64_t deadline) {
     struct Result result = {0};
     uint64_t sent = 0, start = now(), end = start + deadline;
     for (int silences = 0; silences < kMostSilences;) {
@@ -81,7 +93,7 @@ static struct Result run(int client, uint64_t window, uint64_t most, uint64_t de
         while (sent - settled < window && sent < most && now() < end) sendRequest(client, sent++);
         if (settled == sent) break;
         uint8_t reply[kMostBytes];
-        ssize_t length = recv(client, reply, sizeof reply, 0);
+        ssize_t length = receive(client, reply, busy);
         if (length < 0) {
             result.lost = sent - result.replies;
             silences++;
@@ -108,7 +120,9 @@ static void print(const struct Result* result) {
 
 int main(int count, char** arguments) {
     uint64_t window = 1, most = kMostReplies - 1, deadline = 0;
-    for (int option; (option = getopt(count, arguments, "n:s:w:")) != -1;) {
+    bool busy = false;
+    for (int option; (option = getopt(count, arguments, "bn:s:w:")) != -1;) {
+        if (option == 'b') busy = true;
         if (option == 'n') most = strtoull(optarg, NULL, 10);
         if (option == 's') deadline = (uint64_t)(strtod(optarg, NULL) * (double)kSecond);
         if (option == 'w') window = strtoull(optarg, NULL, 10);
@@ -120,7 +134,7 @@ int main(int count, char** arguments) {
     if (g_requestCount == 0 || most >= kMostReplies || window < 1 || window > kMostInFlight) {
         return fputs(kUsage, stderr), 2;
     }
-    struct Result result = run(openClient(arguments[optind], arguments[optind + 1]), window, most, deadline);
+    struct Result result = run(openClient(arguments[optind], arguments[optind + 1]), window, busy, most, deadline);
     print(&result);
     return result.replies == 0;
 }

@@ -1,5 +1,8 @@
-"""Figures that depend on the machine: rates, latencies, processor time. Each slice of a server stands between two slices
-of the floor with the same size of reply, so that what slows the machine down for a while slows both."""
+"""Figures that depend on the machine: rates, latencies, processor time.
+
+Each slice of a server stands between two slices of the floor with the same size of reply, so that what slows the
+machine down for a while slows both.
+"""
 import socket
 import statistics
 import struct
@@ -9,7 +12,7 @@ from dataclasses import dataclass
 import servers
 from lab import SERVER_ADDRESS, Load, Process, exec_time, start_process
 
-SLICES = 5
+SLICES = 9
 NARROW, WIDE = 1, 16  # requests in flight
 STARTS = 11
 
@@ -19,7 +22,7 @@ class Rates:
     """Medians over the slices; by window where it is a dictionary."""
     reply_bytes: int
     rate: dict
-    p50: dict
+    p50: dict  # microseconds
     p99: dict
     cpu_seconds: float  # per 100,000 requests
     times_floor: float
@@ -38,12 +41,15 @@ class Measured:
 
     def slice(self, window):
         before = self.process.cpu_seconds()
-        load = Load(self.server, "-w", str(window), "-s", str(self.seconds))
+        load = Load(self.server, "-b", "-w", str(window), "-s", str(self.seconds))
         self.cpu[window].append((self.process.cpu_seconds() - before) / load.replies)
         self.loads[window].append(load)
 
     def median(self, figure):
-        return {window: statistics.median(figure(load) for load in loads) for window, loads in self.loads.items() if loads}
+        return {window: statistics.median(map(figure, loads)) for window, loads in self.loads.items()}
+
+    def lost(self):
+        return sum(load.lost for loads in self.loads.values() for load in loads)
 
 
 def measure(server, seconds):
@@ -60,10 +66,15 @@ def measure(server, seconds):
     reference.process.stop()
     floor, cpu = reference.cpu[WIDE], subject.cpu[WIDE]
     ratios = [2 * own / (before + after) for own, before, after in zip(cpu, floor, floor[1:])]
-    return Rates(len(server.first_reply), subject.median(lambda load: load.rate), subject.median(lambda load: load.p50 / 1000),
-                 subject.median(lambda load: load.p99 / 1000), statistics.median(cpu) * 100_000, statistics.median(ratios),
-                 max(floor) / min(floor) - 1, sum(load.lost for loads in subject.loads.values() for load in loads),
-                 resident, private_dirty)
+    return Rates(reply_bytes=len(server.first_reply),
+                 rate=subject.median(lambda load: load.rate),
+                 p50=subject.median(lambda load: load.p50 / 1000),
+                 p99=subject.median(lambda load: load.p99 / 1000),
+                 cpu_seconds=statistics.median(cpu) * 100_000,
+                 times_floor=statistics.median(ratios),
+                 floor_spread=max(floor) / min(floor) - 1,
+                 lost=subject.lost(),
+                 resident=resident, private_dirty=private_dirty)
 
 
 def _start_once(server):

@@ -20,6 +20,7 @@ class Row:
     server: Server
     program: str
     goal: str = ""  # a row of the goals
+    counted: int = 100  # requests whose calls and instructions are counted
 
 
 def floor(reply_bytes, *options, port=FLOOR_PORT):
@@ -27,11 +28,15 @@ def floor(reply_bytes, *options, port=FLOOR_PORT):
     return Server(command, port, [datagrams.discovery()])
 
 
+def floor_alone(when):
+    return Row(f"floor_alone_{when}", f"floor, {when}", floor(DISCOVERY_BYTES, port=10), "floor")
+
+
 def floors():
-    everything = ["-t", "-q", INTERFACE]
-    return [Row("floor", "floor", floor(DISCOVERY_BYTES, port=10), "floor"),
+    return [floor_alone("first"),
             Row("floor_traces", "floor, two traces", floor(DISCOVERY_BYTES, "-t", port=10), "floor"),
-            Row("floor_queries", "floor, two traces, three queries", floor(DISCOVERY_BYTES, *everything, port=10), "floor")]
+            Row("floor_queries", "floor, two traces, three queries",
+                floor(DISCOVERY_BYTES, "-t", "-q", INTERFACE, port=10), "floor")]
 
 
 def make_store(folder, size):
@@ -46,11 +51,12 @@ def make_store(folder, size):
     (folder / "sysinfo").mkdir(exist_ok=True)
 
 
-def daemon(*requests, folder=STATE / "camera", store_size=0):
+def daemon(*requests, folder=STATE / "camera", store_size=0, status=datagrams.DONE):
     """Each start finds the same store."""
     environment = {"QVP_STORE": str(folder / "camera.ini"), "QVP_SYSINFO": str(folder / "sysinfo")}
     return Server([BUILD / "qvp", INTERFACE], datagrams.PORT, requests, environment,
-                  before_start=lambda: make_store(folder, store_size))
+                  before_start=lambda: make_store(folder, store_size),
+                  is_right=lambda reply: datagrams.status(reply) == status)
 
 
 def daemon_rows():
@@ -62,10 +68,12 @@ def daemon_rows():
             ("get_wireless", "get wireless", "authenticated get", [d.get_wireless()]),
             ("get_clock", "get date and time", "authenticated get", [d.get_clock()]),
             ("get_network", "get advanced network", "authenticated get", [d.get_network()]),
-            ("set_refused", "set, refused", "", [d.set_basic("Camera", port=0)]),
             ("set_network", "set advanced network, 6 keys", "", [d.set_network("one"), d.set_network("two")]),
             ("set_name", "set name and address, 8 keys", "", [d.set_basic("One"), d.set_basic("Two")])]
-    return [Row(key, name, daemon(*requests), "qvp", goal) for key, name, goal, requests in rows]
+    made = [Row(key, name, daemon(*requests), "qvp", goal) for key, name, goal, requests in rows]
+    made[-1].counted = 20  # four commands are run for each
+    refused = daemon(d.set_basic("Camera", port=0), status=d.REFUSED)
+    return [*made[:-2], Row("set_refused", "set, refused", refused, "qvp"), *made[-2:]]
 
 
 def chronyd():
@@ -92,7 +100,7 @@ def minissdpd():
 
     def register():
         wait_until(address.exists, "minissdpd's socket")
-        texts = [wanted, "uuid:02515650-0001::upnp:rootdevice", "Example/1.0 UPnP/1.0", f"http://{SERVER_ADDRESS}/device.xml"]
+        texts = [wanted, f"uuid:02515650-0001::{wanted}", "Example/1.0 UPnP/1.0", f"http://{SERVER_ADDRESS}/device.xml"]
         with socket.socket(socket.AF_UNIX) as client:
             client.connect(str(address))
             client.send(b"\x04" + b"".join(bytes([len(text)]) + text.encode() for text in texts))
@@ -100,7 +108,8 @@ def minissdpd():
             client.recv(1024)
         address.unlink()
 
-    search = f'M-SEARCH * HTTP/1.1\r\nHOST: 239.255.255.250:1900\r\nMAN: "ssdp:discover"\r\nMX: 1\r\nST: {wanted}\r\n\r\n'
+    search = "\r\n".join(["M-SEARCH * HTTP/1.1", "HOST: 239.255.255.250:1900", 'MAN: "ssdp:discover"', "MX: 1",
+                          f"ST: {wanted}", "", ""])
     command = [PEERS / "minissdpd", "-i", INTERFACE, "-s", address, "-p", folder / "pid"]
     return Server(command, 1900, [search.encode()], on_start=register, pid_file=folder / "pid")
 

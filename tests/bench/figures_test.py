@@ -1,5 +1,7 @@
-"""What a request costs in system calls and user instructions, and what the daemon takes in memory and flash, stays below
-bench/goals.py. How fast this machine is does not matter."""
+"""What a request costs in system calls and user instructions, and how large the daemon is: not above bench/goals.py.
+
+How fast this machine is does not matter.
+"""
 import pathlib
 import sys
 
