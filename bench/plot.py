@@ -23,8 +23,8 @@ def _legend(title, series):
 
 
 def _grid(lowest, highest, height):
-    parts, value = [], lowest
-    while value <= highest * 1.001:
+    parts, value = [], 10 ** math.ceil(math.log10(lowest))
+    while value <= highest:
         x = LEFT + _position(value, lowest, highest)
         parts += [f'<line x1="{x:.1f}" x2="{x:.1f}" y1="{TOP}" y2="{height - 24}" stroke="#ddd"/>',
                   _text(x, height - 8, f"{value:,g}", 'text-anchor="middle" fill="#666"')]
@@ -35,8 +35,7 @@ def _grid(lowest, highest, height):
 def bars(title, series, rows):
     """`series` names the figures; `rows` are (name, figure...), all above zero."""
     figures = [figure for row in rows for figure in row[1:]]
-    lowest, highest = (10 ** round_to(math.log10(limit))
-                       for round_to, limit in ((math.floor, min(figures) / 1.2), (math.ceil, max(figures))))
+    lowest, highest = min(figures) / 2, max(figures)
     height = TOP + ROW * len(rows) + 30
     parts = _legend(title, series) + _grid(lowest, highest, height)
     for number, (name, *values) in enumerate(rows):
