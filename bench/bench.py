@@ -14,7 +14,7 @@ import report
 import servers
 from lab import CPUS, TREE, make_lab
 
-MOST_DRIFT = 0.05
+MOST_DIFFERENCE = 0.05
 
 
 @dataclass
@@ -60,14 +60,17 @@ def measure_programs(results):
     return programs
 
 
-def faults(results):
-    """What makes the figures doubtful, a line each."""
+def verdict(difference, figures):
+    return "." if difference <= MOST_DIFFERENCE else f": the machine was not idle, and {figures} are not to be trusted."
+
+
+def doubts(results):
+    """What the figures are worth, a line each."""
     first, last = (result.rates for result in results if result.row.key.startswith("floor_alone"))
-    drift = max(abs(first.times_floor - 1), abs(last.times_floor - 1), abs(last.cpu_seconds / first.cpu_seconds - 1))
-    spread = max(result.rates.floor_spread for result in results)
-    idle = "the machine was idle" if drift <= MOST_DRIFT else "the machine was not idle: measure again"
-    yield (f"The floor against itself, beside itself and from first to last: within {100 * drift:.1f} %; {idle}. "
-           f"Its slices beside one row: within {100 * spread:.0f} %.")
+    beside = max(abs(first.times_floor - 1), abs(last.times_floor - 1))
+    drift = abs(last.cpu_seconds / first.cpu_seconds - 1)
+    yield f"The floor beside itself: within {100 * beside:.1f} %{verdict(beside, 'the multiples of the floor')}"
+    yield f"The floor, first and last: within {100 * drift:.1f} %{verdict(drift, 'rates, latencies and seconds')}"
     if len(CPUS) < 2:
         yield "Server and load shared the one processor that there is."
     for result in results:
@@ -87,7 +90,7 @@ def main():
     results = [measure(row, options.seconds) for row in rows]
     programs = measure_programs(results)
     discovery = next(result for result in results if result.row.key == "discovery")
-    notes = [*faults(results), *left_out, f"Load of the machine at the start: {busy:.1f}."]
+    notes = [*doubts(results), *left_out, f"Load of the machine at the start: {busy:.1f}."]
     texts = {
         "machine": report.machine(),
         "requests": report.requests_table(results),

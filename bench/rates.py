@@ -26,7 +26,6 @@ class Rates:
     p99: dict
     cpu_seconds: float  # per 100,000 requests
     times_floor: float
-    floor_spread: float  # of the slices of the floor between them
     lost: int
     resident: int
     private_dirty: int
@@ -72,7 +71,6 @@ def measure(server, seconds):
                  p99=subject.median(lambda load: load.p99 / 1000),
                  cpu_seconds=statistics.median(cpu) * 100_000,
                  times_floor=statistics.median(ratios),
-                 floor_spread=max(floor) / min(floor) - 1,
                  lost=subject.lost(),
                  resident=resident, private_dirty=private_dirty)
 

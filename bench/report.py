@@ -78,7 +78,7 @@ def programs_table(programs):
     rows = [[name, kib(p.resident), kib(p.private_dirty), kib(p.bss), "-" if p.start is None else f"{p.start:.2f}",
              *[f"{p.sizes[preset]:,}" if preset in p.sizes else "-" for preset in ("release", "mips", "musl")]]
             for name, p in programs.items()]
-    return table(["program", "resident KiB", "private dirty KiB", ".bss KiB", "first answer ms", "stripped, bytes",
+    return table(["program", "resident KiB", "private dirty KiB", ".bss KiB", "first answer ms", "stripped x86-64",
                   "for MIPS", "musl, static"], rows)
 
 
