@@ -123,7 +123,7 @@ def test_several_groups_at_once(camera):
     ("http-port=8088", "8087 and 8089 are free"),
     ("http-port=0", "1 to 65535"),
     ("ipv4.address=198.18.1.1", "such as 198.18.1.1/24"),
-    ("time.now=2026-01-31T00:00:00", "the nearest is 01:01:01"),
+    ("time.now=2026-01-31T00:00:00", "the nearest is 2026-01-30T23:59:59"),
     ("time.zone=Mars/Olympus_Mons", "'qvpctl help time-zones' lists them"),
     ("wifi.security=wep", "needs a wifi.key"),
     ("wifi.key=env:SHORT", "8 to 63"),
