@@ -5,11 +5,6 @@ namespace client {
 
 static std::string getEnabled(const CameraState& state) { return onOff(state.wifi->enable); }
 
-static void setEnabled(CameraState& wanted, const std::string& text) {
-    if (!parseOnOff(text)) throw badValue("can only be on: cameras do not let their radio be switched off");
-    wanted.wifi->enable = true;
-}
-
 static std::string getSsid(const CameraState& state) { return state.wifi->ssid; }
 
 static void setSsid(CameraState& wanted, const std::string& text) {
@@ -85,18 +80,17 @@ static constexpr Setting kRows[] = {
     {.key = "wifi.enabled",
      .group = Group::Wifi,
      .summary = "whether its radio is on",
-     .values = "on",
-     .quirk = "a change of another wifi setting turns it on, too; cameras do not let it be turned off",
-     .choices = [] { return std::vector<std::string>{"on"}; },
-     .get = getEnabled,
-     .set = setEnabled},
+     .values = "on or off",
+     .quirk = "cameras tell it but do not let it be set",
+     .choices = onOffChoices,
+     .get = getEnabled                                                                                               },
     {.key = "wifi.ssid",
      .group = Group::Wifi,
      .summary = "the network it joins",
      .values = "text of at most 35 bytes",
      .quirk = "",
      .get = getSsid,
-     .set = setSsid                                            },
+     .set = setSsid                                                                                                  },
     {.key = "wifi.mode",
      .group = Group::Wifi,
      .summary = "with an access point or among equals",
@@ -111,7 +105,7 @@ static constexpr Setting kRows[] = {
      .values = "a channel that is allowed where it stands",
      .quirk = "the camera knows its region, and refuses others",
      .get = getChannel,
-     .set = setChannel},
+     .set = setChannel                                                                                               },
     {.key = "wifi.security",
      .group = Group::Wifi,
      .summary = "how that network is protected",
@@ -134,7 +128,7 @@ static constexpr Setting kRows[] = {
      .values = "a secret: 8 to 63 printable characters or 64 hexadecimal digits; for WEP 5 or 13, or 10 or 26 digits",
      .quirk = "",
      .setSecret = setKey,
-     .secret = key                                      },
+     .secret = key},
 };
 
 std::span<const Setting> wifiRows() { return kRows; }

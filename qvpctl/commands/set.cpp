@@ -101,7 +101,9 @@ private:
         }
         const auto groups = client::changedGroups(state, wanted);
         const bool isWifi = std::ranges::find(groups, client::Group::Wifi) != groups.end();
-        if (isWifi && !state.wifi->enable) say("the change turns the camera's radio on");
+        if (isWifi && !state.wifi->enable) {
+            say("the camera takes the wireless settings, but its radio is off, and no request turns it on");
+        }
     }
 
     static bool isBasic(const Assignment& one) { return one.setting->group == client::Group::Basic; }

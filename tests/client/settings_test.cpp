@@ -225,7 +225,7 @@ static const BadValue kBad[] = {
     {{{"ddns.host", std::string(64, 'h')}}, "at most 63 fit"},
     {{{"pppoe.enabled", "on"}}, "can only be read"},
     {{{"pppoe.user", "x"}}, "can only be read"},
-    {{{"wifi.enabled", "off"}}, "can only be on"},
+    {{{"wifi.enabled", "on"}}, "can only be read"},
     {{{"ipv4.gateway", "10.9.9.9"}}, "is not in the network of ipv4.address 192.0.2.10"},
     {{{"ipv4.gateway", "255.255.255.255"}}, "is not the address of a host"},
     {{{"ipv4.dns", "192.0.2.1,0.0.0.0"}}, "is not the address of a host"},
