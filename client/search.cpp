@@ -10,9 +10,6 @@
 
 namespace client {
 
-// A broadcast is sent once, without acknowledgement, and many links lose some of them.
-static constexpr int kRounds = 3;
-
 Finder::Finder(Link& link, Search search, std::function<void(const std::string&)> warn)
     : link_(link),
       search_(std::move(search)),
@@ -89,9 +86,9 @@ bool Finder::isEnough() const {
 
 void Finder::run(const std::function<void(const Found&)>& found) {
     const auto start = link_.now();
-    for (int round = 1; round <= kRounds && !isEnough(); round++) {
+    for (int round = 1; round <= search_.rounds && !isEnough(); round++) {
         sendRound(round == 1);
-        const auto end = start + search_.wait * round / kRounds;
+        const auto end = start + search_.wait * round / search_.rounds;
         while (!isEnough()) {
             const auto incoming = link_.receiveUntil(end);
             if (!incoming) break;

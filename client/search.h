@@ -18,6 +18,7 @@ struct Search {
     std::chrono::milliseconds wait{2000};                       // how long replies and reports are taken
     size_t expected = 0;                                        // end as soon as that many were found; 0: never
     std::function<bool(const struct Found&)> isLast = nullptr;  // end as soon as such a camera was found; null: never
+    int rounds = 3;  // how often is asked in that time: broadcasts are not acknowledged, and many links lose some
 };
 
 // A camera as it was found.

@@ -30,12 +30,12 @@ ExitCode exitCodeOf(client::ErrorKind kind) { return meaningOf(kind).code; }
 const char* exitStatusHelp() {
     return "Exit status:\n"
            "  0  done, also when nothing had to change\n"
-           "  1  no such camera, or no answer\n"
-           "  2  wrong usage, or a value that the camera would refuse\n"
+           "  1  no such camera, no answer, or fewer cameras than expected\n"
+           "  2  wrong usage, a name of more than one camera, or a value that the camera would refuse\n"
            "  3  this machine: no such interface, no permission, output that cannot be written\n"
            "  4  the camera refused user name or password\n"
            "  5  the camera refused the change\n"
-           "  6  accepted, but not seen in the camera afterwards";
+           "  6  sent, but not seen in the camera afterwards";
 }
 
 const char* stableName(client::ErrorKind kind) { return meaningOf(kind).name; }

@@ -10,11 +10,12 @@ using client::Error;
 using client::ErrorKind;
 using client::Setting;
 
+// What is like no key may be a secret that lost its own, so it is not shown.
 static Error unknownKey(const std::string& key) {
     const std::vector<std::string> near = client::nearestKeys(key);
-    const std::string hint =
-        near.empty() ? "; 'qvpctl help settings' lists them" : "; did you mean " + near.front() + "?";
-    return Error(ErrorKind::BadValue, "there is no setting " + printable(key) + hint);
+    return Error(ErrorKind::BadValue,
+                 near.empty() ? "there is no such setting; 'qvpctl help settings' lists them"
+                              : "there is no setting " + printable(key) + "; did you mean " + near.front() + "?");
 }
 
 static bool isNamed(const Setting& setting, const std::string& key) {

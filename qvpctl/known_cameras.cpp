@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <system_error>
 
 #include "client/text.h"
@@ -22,9 +23,11 @@ static fs::path cacheFile() {
 static bool canBeTyped(const std::string& name) { return !name.empty() && printable(name) == name; }
 
 static void write(std::ofstream file, const std::vector<client::Found>& cameras) {
+    std::set<std::string> names;  // of two cameras of one name, or heard twice, one line
     for (const client::Found& one : cameras) {
-        if (canBeTyped(one.camera.name)) file << one.camera.name << '\n';
-        file << client::macText(one.camera.mac) << '\n';
+        for (const std::string& name : {one.camera.name, client::macText(one.camera.mac)}) {
+            if (canBeTyped(name) && names.insert(name).second) file << name << '\n';
+        }
     }
 }
 

@@ -99,7 +99,7 @@ is named by its MAC, its address or its name; a name that more than one goes by 
 
 static constexpr char kFoot[] = R"(.SH SECRETS
 A secret never stands on the command line: its value is \fB@\fIFILE\fR (its first line), \fBenv:\fINAME\fR, or \fB\-\fR for
-a prompt. It is in no output and no error.
+a prompt. It is in no output and no error; the names of files and of variables are.
 .SH OUTPUT
 Cameras may call themselves anything. In tables a control character, a character that hides or reorders text, and a byte
 that is not UTF\-8 is shown as \fB\exHH\fR or \fB\eu{HHHH}\fR, and a backslash is doubled. JSON is plain ASCII: other

@@ -4,17 +4,17 @@
 
 #include <algorithm>
 #include <cmath>
-#include <map>
 
 static std::string checkNotEmpty(const std::string& text) { return text.empty() ? "must not be empty" : ""; }
 
 std::chrono::milliseconds CommonOptions::wait() const { return std::chrono::milliseconds(llround(waitSeconds * 1000)); }
 
+// The name of the check is where `describe` finds the words.
+static CLI::Validator isOneOf(const std::vector<std::string>& words) {
+    return CLI::IsMember(words).description("").name(CLI::detail::join(words, " "));
+}
+
 void addCommonOptions(CLI::App& app, CommonOptions& options) {
-    const std::map<std::string, client::Family> families = {
-        {"primary", client::Family::Primary},
-        {"landap",  client::Family::Landap }
-    };
     const auto add = [&](const char* names, auto& value, const char* help, const char* type) {
         return app.add_option(names, value, help)->type_name(type)->group(kCommonGroup);
     };
@@ -24,8 +24,13 @@ void addCommonOptions(CLI::App& app, CommonOptions& options) {
         ->check(checkSeconds);
     add("--retries", options.retries, "How often to ask again (default 2)", "N")
         ->check(CLI::Range(0, 100).description(""));
-    add("--family", options.family, "Command family: primary (default) or landap", "NAME")
-        ->transform(CLI::CheckedTransformer(families, CLI::ignore_case).description("").name("primary landap"));
+    const auto takeFamily = [&options](const std::string& name) {
+        options.family = name == "landap" ? client::Family::Landap : client::Family::Primary;
+    };
+    app.add_option_function<std::string>("--family", takeFamily, "Command family: primary (default) or landap")
+        ->type_name("NAME")
+        ->group(kCommonGroup)
+        ->check(isOneOf({"primary", "landap"}));
     add("--user", options.user, "Administrator (default $QVPCTL_USER, else admin)", "NAME");
     add("--password-file", options.passwordFile,
         "File whose first line is the password (default $QVPCTL_PASSWORD, else a prompt)", "FILE");
@@ -33,7 +38,7 @@ void addCommonOptions(CLI::App& app, CommonOptions& options) {
 }
 
 void addCamera(CLI::App& app, std::string& camera) {
-    app.add_option("CAMERA", camera, "MAC, address or name")->required()->type_name("");
+    app.add_option("CAMERA", camera, "MAC, address or name")->required()->type_name("")->check(checkNotEmpty);
 }
 
 void addWords(CLI::App& app, const char* name, std::vector<std::string>& words, const char* help) {
@@ -42,11 +47,6 @@ void addWords(CLI::App& app, const char* name, std::vector<std::string>& words, 
 
 void addNeededWords(CLI::App& app, const char* name, std::vector<std::string>& words, const char* help) {
     app.add_option(name, words, help)->required()->type_name("");
-}
-
-// The name of the check is where `describe` finds the words.
-static CLI::Validator isOneOf(const std::vector<std::string>& words) {
-    return CLI::IsMember(words).description("").name(CLI::detail::join(words, " "));
 }
 
 void addChoice(CLI::App& app, const char* name, std::string& word, const std::vector<std::string>& words,

@@ -216,6 +216,14 @@ std::unique_ptr<Output> tableOrJson(bool json, std::span<const Column> columns) 
     return json ? jsonLines(std::cout) : table(std::cout, columns, outputLooks());
 }
 
+void printText(bool json, const std::string& text) {
+    std::cout << (json ? jsonLine({
+                             {"text", text}
+    })
+                       : text);
+    flush(std::cout);
+}
+
 void sortBy(std::vector<Record>& records, const std::string& key) {
     const auto textOf = [&](const Record& record) {
         const Record& value = record.at(key);

@@ -52,6 +52,9 @@ std::unique_ptr<Output> liveTable(std::ostream& stream, std::span<const Column> 
 // The output of a command on standard output: JSON if it is asked for, else a table.
 std::unique_ptr<Output> tableOrJson(bool json, std::span<const Column> columns);
 
+// A text that is no table: with JSON, in a record of its own.
+void printText(bool json, const std::string& text);
+
 // The looks that standard output can show.
 Looks outputLooks();
 

@@ -1,6 +1,7 @@
 #include "qvpctl/secret_source.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -10,6 +11,7 @@
 #include <memory>
 
 #include "client/error.h"
+#include "qvpctl/stop_signal.h"
 #include "qvpctl/terminal_text.h"
 
 using client::Error;
@@ -51,18 +53,36 @@ public:
 
     bool isThere() const { return file_ >= 0; }
 
+    // Throws Error Local when the user gives up, by a signal or the end of input: the terminal is as before then.
     Secret ask(const std::string& question) const {
+        const StopSignal stop;
         termios silent = before_;
         silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
         tcsetattr(file_, TCSAFLUSH, &silent);
         say(question);
         std::string line;
-        for (char letter; read(file_, &letter, 1) == 1 && letter != '\n';) line += letter;
+        const bool isWhole = readLine(line, stop.descriptor());
         say("\n");
-        return Secret(line);
+        tcsetattr(file_, TCSAFLUSH, &before_);
+        if (isWhole) return Secret(line);
+        throw Error(ErrorKind::Local, "nothing was entered");
     }
 
 private:
+    bool readLine(std::string& line, int stop) const {
+        for (char letter = '\0';;) {
+            pollfd ready[] = {
+                {file_, POLLIN, 0},
+                {stop,  POLLIN, 0},
+            };
+            if (poll(ready, std::size(ready), -1) < 0 && errno != EINTR) return false;
+            if (ready[1].revents != 0 || (ready[0].revents != 0 && read(file_, &letter, 1) != 1)) return false;
+            if (ready[0].revents == 0) continue;
+            if (letter == '\n') return true;
+            line += letter;
+        }
+    }
+
     void say(const std::string& text) const {
         const ssize_t written = write(file_, text.data(), text.size());
         static_cast<void>(written);
@@ -80,6 +100,10 @@ static Secret askTwice(const std::string& key) {
         throw Error(ErrorKind::BadValue, "the two answers for " + key + " are not the same");
     }
     return first;
+}
+
+bool isSecretSource(const std::string& source) {
+    return source.starts_with("@") || source.starts_with("env:") || source == "-";
 }
 
 Secret readSecret(const std::string& key, const std::string& source) {

@@ -14,11 +14,16 @@ StopSignal::StopSignal() {
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         sigaddset(&signals, signal);
     }
-    sigprocmask(SIG_BLOCK, &signals, nullptr);
-    descriptor_ = signalfd(-1, &signals, SFD_CLOEXEC);
+    sigprocmask(SIG_BLOCK, &signals, &before_);
+    descriptor_ = signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
     if (descriptor_ < 0) {
         throw client::localError("cannot wait for signals", errno);
     }
 }
 
-StopSignal::~StopSignal() { close(descriptor_); }
+StopSignal::~StopSignal() {
+    signalfd_siginfo taken;
+    while (read(descriptor_, &taken, sizeof taken) > 0) continue;
+    close(descriptor_);
+    sigprocmask(SIG_SETMASK, &before_, nullptr);
+}

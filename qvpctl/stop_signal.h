@@ -1,7 +1,10 @@
 // Ctrl-C and its like as something to wait for, beside a socket.
 #pragma once
 
-// From here on SIGINT, SIGTERM and SIGHUP no longer end the program: they make `descriptor()` readable.
+#include <csignal>
+
+// As long as it lives, SIGINT, SIGTERM and SIGHUP do not end the program: they make `descriptor()` readable. Those that
+// came are done with at its end.
 class StopSignal {
 public:
     StopSignal();
@@ -13,4 +16,5 @@ public:
 
 private:
     int descriptor_;
+    sigset_t before_;
 };

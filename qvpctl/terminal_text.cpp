@@ -37,6 +37,10 @@ static bool hidesText(wchar_t character) {
         {0xFEFF,  0xFEFF }, // byte order mark
         {0xFFA0,  0xFFA0 }, // halfwidth Hangul filler
         {0xFFF9,  0xFFFB }, // interlinear annotation
+        {0x16FE4, 0x16FE4}, // Khitan filler
+        {0x1BCA0, 0x1BCA3}, // shorthand format controls
+        {0x1D159, 0x1D159}, // musical null notehead
+        {0x1D173, 0x1D17A}, // musical format controls
         {0x1F3FB, 0x1F3FF}, // skin tones, which change the emoji before them
         {0xE0000, 0xE0FFF}, // tags, variation selectors
     };

@@ -1,15 +1,16 @@
-// A bar on the terminal while a camera is away.
+// Waiting for a camera that is away: a bar on the terminal, and an end when the user wants one.
 #pragma once
 
 #include <optional>
 
-#include "client/link.h"
+#include "client/udp_link.h"
+#include "qvpctl/options.h"
 
 // Passes everything on to the link it stands before. While the bar is shown, it is drawn anew as long as the link is
-// waited at; where standard error is no terminal, nothing is drawn.
+// waited at, on a terminal that can; not between lines of JSON. Throws Error Unverified when the link was stopped.
 class WaitBar : public client::Link {
 public:
-    explicit WaitBar(client::Link& link);
+    WaitBar(client::UdpLink& link, const CommonOptions& options);
     ~WaitBar() override;
 
     void show(std::chrono::seconds expected);
@@ -22,9 +23,10 @@ public:
 
 private:
     void draw() const;
+    std::optional<client::Incoming> receiveUnlessStopped(client::SteadyClock::time_point deadline);
 
-    client::Link& link_;
-    bool isTerminal_;
+    client::UdpLink& link_;
+    bool isDrawn_;
     std::optional<client::SteadyClock::time_point> start_;
     std::chrono::seconds expected_{0};
 };

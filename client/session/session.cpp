@@ -1,12 +1,15 @@
 #include "client/session/session.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <utility>
 
 #include "client/commands/supported.h"
 #include "client/error.h"
 #include "client/outcome.h"
+#include "client/settings/rows.h"
 #include "client/text.h"
+#include "client/time_zones.h"
 #include "protocol/administrator.h"
 #include "protocol/alert_info.h"
 #include "protocol/network_adv.h"
@@ -54,6 +57,9 @@ void Session::readGroup(Group group, CameraState& state) {
             state.wifi = decodeWifi(ask(opcode::kGetWifi, request, sizeof(WifiReply)));
             return;
         case Group::Password:
+            checkLogin();
+            state.password = login_.password;
+            return;
         case Group::Basic:
             return;  // what can be known of it stands in the discovery reply
     }
@@ -69,6 +75,7 @@ CameraState Session::read(std::span<const Group> groups) {
 std::chrono::seconds Session::sendGroup(Group group, const GroupRequest& request, const CameraState& wanted) {
     const Reply reply = ask(request.opcode, request.bytes, sizeof(SettingReply));
     if (group == Group::Password) login_.password = *wanted.password;
+    if (group == Group::Clock) timeSet_ = link_.now();
     return std::max(factsOf(group).away, std::chrono::ceil<std::chrono::seconds>(timeAway(reply)));
 }
 
@@ -77,14 +84,24 @@ static bool isWhereWanted(const Camera& camera, const Camera& wanted) {
     return wanted.dhcp || std::ranges::equal(camera.address.bytes, wanted.address.bytes);
 }
 
+// Where only its reports reach this machine, the next of them is the proof, and it may take its time.
+static constexpr std::chrono::seconds kReportInterval(31);
+
 void Session::awaitGroup(Group group, std::chrono::seconds away, const CameraState& wanted) {
     if (group == Group::Basic && !wanted.camera.dhcp) conversation_.moveTo(wanted.camera.address);
     const auto isBack = [&](const Camera& camera) {
         return group != Group::Basic || isWhereWanted(camera, wanted.camera);
     };
-    if (awaitReturn(3 * away, isBack)) return;
-    throw Error(ErrorKind::Unverified, "the camera was sent the change but has not come back with it within " +
-                                           std::to_string((3 * away).count()) + " s");
+    const bool isFar = group == Group::Basic && !isNear(target().interface, target().address);
+    const auto patience = 3 * away + (isFar ? kReportInterval : std::chrono::seconds(0));
+    const auto found = awaitReturn(patience, isBack);
+    if (!found) {
+        throw Error(ErrorKind::Unverified, "the camera was sent the change, but has not been seen with it within " +
+                                               std::to_string(patience.count()) +
+                                               " s: its address may be one that does not reach this machine, or, where "
+                                               "it could not answer, the password wrong");
+    }
+    heard_ = found->answered ? std::nullopt : std::optional(found->camera);
 }
 
 // All are encoded before the first is sent, so that a value that will not do stops the whole.
@@ -123,18 +140,48 @@ static std::vector<Group> groupsOf(std::span<const Assignment> assignments) {
     return groups;
 }
 
-// A time runs on, and an address that the network gives is the network's to choose.
-static bool canBeCompared(const Setting& setting) {
-    return std::string_view(setting.key) != "time.now" && setting.group != Group::Password;
+// How far a clock may be off after the change, for a camera that was busy meanwhile.
+static constexpr time_t kClockTolerance = 60;
+
+bool Session::showsTime(const CameraState& state, const CameraState& wanted) const {
+    const TimeZone* zone = findTimeZone(wanted.clock->timezone);
+    const auto now = std::chrono::system_clock::now();
+    std::string digits = wanted.timeToSet;
+    time_t passed = 0;
+    if (digits == "now") {
+        digits = zone != nullptr ? localTimeIn(*zone, wanted.clock->daylightSaving, now).value_or("") : "";
+    } else {
+        passed = std::chrono::duration_cast<std::chrono::seconds>(link_.now() - timeSet_.value_or(link_.now())).count();
+    }
+    std::string shown;
+    std::ranges::copy_if(state.clock->localTime.value_or(""), std::back_inserter(shown),
+                         [](char letter) { return letter >= '0' && letter <= '9'; });
+    const auto wantedMoment = momentOf(digits), shownMoment = momentOf(shown);
+    return wantedMoment && shownMoment && std::abs(*wantedMoment + passed - *shownMoment) <= kClockTolerance;
+}
+
+std::vector<std::string> Session::verifyHeard(const CameraState& wanted,
+                                              std::span<const Assignment> assignments) const {
+    CameraState state = wanted;
+    state.camera.name = heard_->name;
+    state.camera.address = heard_->address;
+    state.camera.netmask = heard_->netmask;
+    std::vector<std::string> different;
+    for (const Assignment& assignment : assignments) {
+        const Setting& setting = *assignment.setting;
+        if (setting.group == Group::Basic && !isSame(setting, state, wanted)) different.emplace_back(setting.key);
+    }
+    return different;
 }
 
 std::vector<std::string> Session::verify(const CameraState& wanted, std::span<const Assignment> assignments) {
+    if (heard_) return verifyHeard(wanted, assignments);
     const CameraState state = read(groupsOf(assignments));
     std::vector<std::string> different;
     for (const Assignment& assignment : assignments) {
         const Setting& setting = *assignment.setting;
-        if (setting.group == Group::Password) checkLogin();
-        if (canBeCompared(setting) && !isSame(setting, state, wanted)) different.emplace_back(setting.key);
+        const bool isTime = std::string_view(setting.key) == "time.now";
+        if (isTime ? !showsTime(state, wanted) : !isSame(setting, state, wanted)) different.emplace_back(setting.key);
     }
     return different;
 }
@@ -161,9 +208,22 @@ void Session::askAlert() {
 }
 
 // Silence, and a network that comes and goes with the camera, are what is waited out here.
-bool Session::isBackNow(const IsBack& isBack) try { return isBack(identify()); } catch (const Error& error) {
-    if (error.kind() != ErrorKind::NotFound && error.kind() != ErrorKind::Local) throw;
-    return false;
+std::optional<Found> Session::findNow(const IsBack& isBack) try {
+    const auto isIt = [&](const Found& one) {
+        const bool isAll = one.answered || !one.isNear;  // a report of a camera nearby comes before its answer
+        return isAll && std::ranges::equal(one.camera.mac.bytes, target().mac.bytes) && isBack(one.camera);
+    };
+    Finder finder(link_, {{target().interface}, conversation_.family(), std::chrono::seconds(1), 0, isIt},
+                  [](const std::string&) {});
+    finder.run([](const Found&) {});
+    const std::vector<Found> all = finder.all();
+    const auto found = std::ranges::find_if(all, isIt);
+    if (found == all.end()) return std::nullopt;
+    conversation_.moveTo(found->camera.address);
+    return *found;
+} catch (const Error& error) {
+    if (error.kind() != ErrorKind::Local) throw;
+    return std::nullopt;
 }
 
 void Session::pause() {
@@ -171,11 +231,11 @@ void Session::pause() {
     while (link_.receiveUntil(end)) continue;
 }
 
-bool Session::awaitReturn(std::chrono::seconds patience, const IsBack& isBack) {
+std::optional<Found> Session::awaitReturn(std::chrono::seconds patience, const IsBack& isBack) {
     for (const auto deadline = link_.now() + patience; link_.now() < deadline; pause()) {
-        if (isBackNow(isBack)) return true;
+        if (auto found = findNow(isBack)) return found;
     }
-    return false;
+    return std::nullopt;
 }
 
 }  // namespace client

@@ -40,8 +40,12 @@ public:
     // Sends what `apply` would for the basic group to a camera whose answers do not reach this machine.
     void applyUnheard(const CameraState& state, const CameraState& wanted, const Watch& watch, End end = End::Waited);
 
-    // The assignments that the camera does not show; empty when all is as wanted.
+    // The assignments that the camera does not show; empty when all is as wanted. Of a camera whose answers no longer
+    // reach this machine, those that its presence report does not show.
     std::vector<std::string> verify(const CameraState& wanted, std::span<const Assignment> assignments);
+
+    // True when a change moved the camera to where only its presence reports reach this machine.
+    bool isOnlyHeard() const { return heard_.has_value(); }
 
     UserClass checkLogin();
     std::chrono::milliseconds request(uint16_t opcode);  // reboot, factory reset, commit, start of a survey
@@ -49,9 +53,10 @@ public:
     std::vector<uint16_t> supported();
     void askAlert();
 
-    // Asks until the camera answers, with what it says of itself as it must be; false when it did not within that time.
+    // Asks until the camera answers or reports, with what it says of itself as it must be; nothing when it did not
+    // within that time.
     using IsBack = std::function<bool(const Camera&)>;
-    bool awaitReturn(
+    std::optional<Found> awaitReturn(
         std::chrono::seconds patience, const IsBack& isBack = [](const Camera&) { return true; });
 
     const Target& target() const { return conversation_.target(); }
@@ -61,12 +66,16 @@ private:
     void readGroup(Group group, CameraState& state);
     std::chrono::seconds sendGroup(Group group, const GroupRequest& request, const CameraState& wanted);
     void awaitGroup(Group group, std::chrono::seconds away, const CameraState& wanted);
-    bool isBackNow(const IsBack& isBack);
+    std::optional<Found> findNow(const IsBack& isBack);
     void pause();
+    bool showsTime(const CameraState& state, const CameraState& wanted) const;
+    std::vector<std::string> verifyHeard(const CameraState& wanted, std::span<const Assignment> assignments) const;
 
     Link& link_;
     Conversation conversation_;
     Login login_;
+    std::optional<Camera> heard_;                     // what its report says, of a camera that is only heard
+    std::optional<SteadyClock::time_point> timeSet_;  // when its clock was set
 };
 
 }  // namespace client

@@ -41,6 +41,14 @@ static Ipv4 addressOf(const std::string& text) {
     throw badValue("must be an IPv4 address such as 192.168.1.20");
 }
 
+// A router or a name server.
+static Ipv4 hostOf(const std::string& text) {
+    const Ipv4 address = addressOf(text);
+    constexpr int kWholeNetwork = 8;  // whatever it is, only its first number is looked at
+    if (!isHostAddress(address, kWholeNetwork)) throw badValue(text + " is not the address of a host");
+    return address;
+}
+
 static void setAddress(CameraState& wanted, const std::string& text) {
     const size_t slash = text.find('/');
     if (slash == text.npos) throw badValue("needs the length of its network's prefix, such as " + text + "/24");
@@ -57,7 +65,7 @@ static std::string getGateway(const CameraState& state) {
 }
 
 static void setGateway(CameraState& wanted, const std::string& text) {
-    wanted.camera.gateway = text == "none" ? Ipv4{} : addressOf(text);
+    wanted.camera.gateway = text == "none" ? Ipv4{} : hostOf(text);
     wanted.camera.dhcp = false;
 }
 
@@ -71,7 +79,7 @@ static void setDns(CameraState& wanted, const std::string& text) {
     std::vector<Ipv4> servers;
     for (size_t start = 0; text != "none" && start <= text.size();) {
         const size_t end = std::min(text.find(',', start), text.size());
-        servers.push_back(addressOf(text.substr(start, end - start)));
+        servers.push_back(hostOf(text.substr(start, end - start)));
         start = end + 1;
     }
     if (servers.size() > 2) throw badValue("has more than the two addresses that a camera keeps");

@@ -6,6 +6,7 @@
 #include "client/commands/account.h"
 #include "client/commands/basic_info.h"
 #include "client/settings/rows.h"
+#include "client/text.h"
 #include "client/time_zones.h"
 #include "protocol/opcodes.h"
 
@@ -46,12 +47,28 @@ static void refuseContradictions(std::span<const Assignment> assignments) {
     }
 }
 
+// What is right by itself may be wrong beside the rest of what the camera will have.
+static void refuseMisfits(const CameraState& wanted, std::span<const Assignment> assignments) {
+    if (isAsked(assignments, "time.now") && wanted.clock->ntp) {
+        throw badValue("time.now does not last while the camera follows " + wanted.clock->ntpServer +
+                       "; time.ntp=off ends that");
+    }
+    const Camera& camera = wanted.camera;
+    const bool isMoved = isAsked(assignments, "ipv4.address") || isAsked(assignments, "ipv4.gateway");
+    const bool isReached = !isSet(camera.gateway) || isSameNetwork(camera.gateway, camera.address, camera.netmask);
+    if (isMoved && !camera.dhcp && !isReached) {
+        throw badValue("ipv4.gateway " + addressText(camera.gateway) + " is not in the network of ipv4.address " +
+                       addressText(camera.address) + "; name another, or none");
+    }
+}
+
 CameraState withAssignments(const CameraState& state, std::span<const Assignment> assignments) {
     refuseContradictions(assignments);
     std::vector<Assignment> inTurn(assignments.begin(), assignments.end());
     std::ranges::stable_sort(inTurn, {}, isKey);
     CameraState wanted = state;
     for (const Assignment& assignment : inTurn) assign(wanted, assignment);
+    refuseMisfits(wanted, assignments);
     return wanted;
 }
 

@@ -1,6 +1,6 @@
 // The clock.
-#include <algorithm>
 #include <cstdio>
+#include <ctime>
 
 #include "client/settings/rows.h"
 #include "client/text.h"
@@ -61,18 +61,47 @@ static std::string digitsOf(const std::string& text) {
     return digits;
 }
 
-static bool isBetween(int number, int lowest, int highest) { return number >= lowest && number <= highest; }
+// A local time as if it were of a zone without shifts; nothing for a text that is none, such as of 31 February.
+std::optional<time_t> momentOf(const std::string& digits) {
+    tm parts{};
+    if (sscanf(digits.c_str(), "%4d%2d%2d%2d%2d%2d", &parts.tm_year, &parts.tm_mon, &parts.tm_mday, &parts.tm_hour,
+               &parts.tm_min, &parts.tm_sec) != 6) {
+        return std::nullopt;
+    }
+    parts.tm_year -= 1900;
+    parts.tm_mon -= 1;
+    const time_t moment = timegm(&parts);
+    return digitsOfMoment(moment) == digits ? std::optional(moment) : std::nullopt;
+}
+
+std::string digitsOfMoment(time_t moment) {
+    tm parts{};
+    char digits[64];
+    gmtime_r(&moment, &parts);
+    strftime(digits, sizeof digits, "%Y%m%d%H%M%S", &parts);
+    return digits;
+}
+
+static bool isTaken(const std::string& digits) {
+    const std::string_view year = std::string_view(digits).substr(0, 4);
+    return year >= "1970" && year <= "2100" && digits.substr(8, 2) != "00" && digits.substr(10, 2) != "00" &&
+           digits.substr(12, 2) != "00";
+}
+
+static std::string nearestTaken(time_t moment) {
+    for (time_t away = 1;; away++) {
+        for (const time_t other : {moment - away, moment + away}) {
+            if (isTaken(digitsOfMoment(other))) return *isoTime(digitsOfMoment(other));
+        }
+    }
+}
 
 void checkTimeToSet(const std::string& digits) {
-    int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;
-    sscanf(digits.c_str(), "%4d%2d%2d%2d%2d%2d", &year, &month, &day, &hour, &minute, &second);
-    if (!isBetween(year, 1970, 2100)) throw badValue("has a year outside 1970 to 2100");
-    if (!isBetween(month, 1, 12) || !isBetween(day, 1, 31)) throw badValue("is no date");
-    if (!isBetween(hour, 0, 23) || !isBetween(minute, 0, 59) || !isBetween(second, 0, 59)) throw badValue("is no time");
-    if (hour != 0 && minute != 0 && second != 0) return;
-    char nearest[64];
-    snprintf(nearest, sizeof nearest, "%02d:%02d:%02d", std::max(hour, 1), std::max(minute, 1), std::max(second, 1));
-    throw badValue(std::string("has an hour, minute or second of 0, which cameras refuse; the nearest is ") + nearest);
+    const auto moment = momentOf(digits);
+    if (!moment) throw badValue("is no time of the calendar");
+    if (digits < "1970" || digits.substr(0, 4) > "2100") throw badValue("has a year outside 1970 to 2100");
+    if (isTaken(digits)) return;
+    throw badValue("has an hour, minute or second of 0, which cameras refuse; the nearest is " + nearestTaken(*moment));
 }
 
 static void setNow(CameraState& wanted, const std::string& text) {
@@ -104,14 +133,14 @@ static constexpr Setting kRows[] = {
      .values = "a name or address of at most 63 bytes, or off",
      .quirk = "the camera is busy for 8 s after the change",
      .get = getNtp,
-     .set = setNtp                                               },
+     .set = setNtp},
     {.key = "time.now",
      .group = Group::Clock,
      .summary = "its local time",
      .values = "now (this machine's time), or such as 2026-01-31T10:20:30",
-     .quirk = "cameras take no time whose hour, minute or second is 0, so none in the hour after midnight",
-     .get = getNow,
-     .set = setNow},
+     .quirk = "not while the camera follows a time server; cameras take no time whose hour, minute or second is 0, so "
+              "none in the hour after midnight",             .get = getNow,
+     .set = setNow            },
 };
 
 std::span<const Setting> clockRows() { return kRows; }

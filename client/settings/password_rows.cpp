@@ -4,6 +4,7 @@
 namespace client {
 
 static void setPassword(CameraState& wanted, const Secret& text) {
+    if (text.reveal().empty()) throw badValue("must not be empty");
     checkLength(text.reveal(), kLongestCredential);
     wanted.password = text;
 }

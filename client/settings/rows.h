@@ -1,6 +1,8 @@
 // The rows of each group, and what several groups' rows are made with.
 #pragma once
 
+#include <ctime>
+#include <optional>
 #include <span>
 #include <string>
 
@@ -23,6 +25,10 @@ inline std::vector<std::string> onOffChoices() { return {"on", "off"}; }
 
 // Throws Error BadValue for a text that is longer than its field, or holds a NUL byte.
 void checkLength(const std::string& text, size_t longest);
+
+// Local times as digits "YYYYMMDDhhmmss" and as seconds, to count with; nothing for a time that no calendar has.
+std::optional<time_t> momentOf(const std::string& digits);
+std::string digitsOfMoment(time_t moment);
 
 // Digits "YYYYMMDDhhmmss" that a camera would take for a time. Throws Error BadValue with the nearest that it takes.
 void checkTimeToSet(const std::string& digits);

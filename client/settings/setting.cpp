@@ -12,11 +12,11 @@ namespace client {
 static constexpr Group kOrder[] = {Group::Services, Group::Clock, Group::Password, Group::Wifi, Group::Basic};
 
 static constexpr GroupFacts kFacts[] = {
-    {"network services",       "only stores it",                                             std::chrono::seconds(0) },
-    {"clock",                  "sets its zone and clock; following NTP, it is busy for 8 s", std::chrono::seconds(10)},
-    {"password",               "restarts its web and streaming servers",                     std::chrono::seconds(3) },
-    {"wireless",               "resets its wireless interface",                              std::chrono::seconds(5) },
-    {"name, port and address", "restarts its web server and its network",                    std::chrono::seconds(10)},
+    {"network services",       "only stores it",                                                       std::chrono::seconds(0) },
+    {"clock",                  "sets its zone and clock, which takes 8 s if it follows a time server", std::chrono::seconds(10)},
+    {"password",               "restarts its web and streaming servers",                               std::chrono::seconds(3) },
+    {"wireless",               "resets its wireless interface",                                        std::chrono::seconds(5) },
+    {"name, port and address", "restarts its web server and its network",                              std::chrono::seconds(10)},
 };
 
 std::span<const Group> groupsInOrder() { return kOrder; }

@@ -60,33 +60,27 @@ struct AwayOptions {
 // A camera waits before it goes, so that its answer gets out.
 static constexpr std::chrono::seconds kUntilGone(7);
 
-// It may come back to an address from which its answers do not reach this machine; its reports do.
-static bool isHeardAgain(client::Link& link, const CommonOptions& common, Mac mac) {
-    const auto isIt = [&](const client::Found& one) { return std::ranges::equal(one.camera.mac.bytes, mac.bytes); };
-    client::Finder finder(link, {chosenInterfaces(common), common.family, std::chrono::seconds(1), 0, isIt}, say);
-    finder.run([](const client::Found&) {});
-    return std::ranges::any_of(finder.all(), isIt);
-}
-
-static void waitForBoot(WaitBar& link, const CommonOptions& common, const AwayOptions& options, Mac mac) {
+static void waitForBoot(WaitBar& link, const AwayOptions& options, client::Session& session) {
     say("the camera reboots; waiting until it is back");
     const std::chrono::seconds patience(options.timeout);
-    const auto end = link.now() + patience;
+    const auto start = link.now();
     link.show(patience);
-    for (const auto gone = link.now() + std::min(kUntilGone, patience); link.receiveUntil(gone);) continue;
-    bool isBack = false;
-    while (!isBack && link.now() < end) isBack = isHeardAgain(link, common, mac);
+    for (const auto gone = start + std::min(kUntilGone, patience); link.receiveUntil(gone);) continue;
+    const auto left = patience - std::chrono::floor<std::chrono::seconds>(link.now() - start);
+    const bool isBack = session.awaitReturn(left).has_value();
     link.hide();
     if (isBack) return;
-    throw Error(ErrorKind::Unverified, "the camera has not come back within " + std::to_string(options.timeout) + " s");
+    throw Error(ErrorKind::Unverified, "the camera has not come back within " + std::to_string(options.timeout) +
+                                           " s; 'qvpctl discover --wait 31' shows it as soon as it is");
 }
 
 static int reboot(const CommonOptions& common, const AwayOptions& options) {
-    client::UdpLink network = linkWithReports();
-    WaitBar link(network);
+    const StopSignal stop;
+    client::UdpLink network = linkWithReports(stop.descriptor());
+    WaitBar link(network, common);
     client::Session session = open(link, common, options.camera, NeedsLogin::Yes);
     session.request(opcode::kReboot);
-    if (!options.noWait) waitForBoot(link, common, options, session.target().mac);
+    if (!options.noWait) waitForBoot(link, options, session);
     tellResult(common, session, options.noWait ? "asked to reboot" : "back after its reboot");
     return kSuccess;
 }
@@ -100,15 +94,16 @@ static bool isConfirmed(const std::string& question) {
 }
 
 static int factoryReset(const CommonOptions& common, const AwayOptions& options) {
-    client::UdpLink network = linkWithReports();
-    WaitBar link(network);
+    const StopSignal stop;
+    client::UdpLink network = linkWithReports(stop.descriptor());
+    WaitBar link(network, common);
     client::Session session = open(link, common, options.camera, NeedsLogin::Yes);
     const std::string mac = client::macText(session.target().mac);
     if (!options.yes && !isConfirmed("Reset camera " + mac + " to its factory settings, address and password too?")) {
         throw Error(ErrorKind::BadValue, "nothing was reset; --yes does it without asking");
     }
     session.request(opcode::kFactoryReset);
-    if (!options.noWait) waitForBoot(link, common, options, session.target().mac);
+    if (!options.noWait) waitForBoot(link, options, session);
     tellResult(common, session,
                options.noWait ? "asked for its factory settings; it reboots" : "back with its factory settings");
     return kSuccess;

@@ -116,19 +116,26 @@ static void refuseContradictions(const DiscoverOptions& options, bool json) {
                         "--json holds every field; it goes with neither --csv nor --columns");
 }
 
+static std::string hint(const CommonOptions& common) {
+    const bool hasHeardAll = common.waitSeconds >= 31;
+    return hasHeardAll ? "" : "; one of another subnet reports every 30 s, which --wait 31 hears";
+}
+
 static int discover(const DiscoverOptions& options, const CommonOptions& common) {
     refuseContradictions(options, common.json);
     const StopSignal stop;
     const std::vector<client::Interface> interfaces = chosenInterfaces(common);
     client::UdpLink link = linkWithReports(stop.descriptor());
-    client::Finder finder(link, {interfaces, common.family, common.wait(), options.expected, nullptr}, say);
+    client::Search search{interfaces, common.family, common.wait(), options.expected};
+    search.rounds = static_cast<int>(common.retries) + 1;
+    client::Finder finder(link, search, say);
     finder.run([](const Found&) {});
     const std::vector<Found> all = finder.all();
     print(all, options, common.json);
     rememberCameras(all);
     const std::string names = interfaceNames(interfaces);
-    if (all.empty()) throw client::Error(client::ErrorKind::NotFound, "no camera answered on " + names);
-    if (isatty(STDERR_FILENO) != 0) std::cerr << summary(all.size(), names) << "\n";
+    if (all.empty()) throw client::Error(client::ErrorKind::NotFound, "no camera answered on " + names + hint(common));
+    if (isatty(STDERR_FILENO) != 0 && !common.json) std::cerr << summary(all.size(), names) << "\n";
     const bool isShort = all.size() < options.expected;
     if (isShort) say(std::to_string(options.expected) + " cameras were expected");
     if (isShort) return kNotFound;

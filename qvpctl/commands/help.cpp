@@ -7,6 +7,7 @@
 #include "qvpctl/exit_code.h"
 #include "qvpctl/keys.h"
 #include "qvpctl/manual.h"
+#include "qvpctl/output.h"
 
 static const char kExamples[] =
     "  qvpctl help exit-status   what each exit status says\n"
@@ -32,13 +33,13 @@ static std::string textOf(const std::string& topic, const CLI::App& app) {
     return topic == "settings" ? settingsHelp() : zonesHelp();
 }
 
-static Work prepare(CLI::App& app, const CommonOptions&) {
+static Work prepare(CLI::App& app, const CommonOptions& common) {
     const auto topic = std::make_shared<std::string>();
     addChoice(app, "TOPIC", *topic, {"exit-status", "settings", "time-zones", "manual"},
               "exit-status, settings, time-zones or manual");
-    return [topic, &app] {
-        std::cout << textOf(*topic, app) << std::flush;
-        return std::cout ? kSuccess : kThisMachine;
+    return [topic, &app, &common] {
+        printText(common.json, textOf(*topic, app));
+        return kSuccess;
     };
 }
 

@@ -78,23 +78,35 @@ static bool isFrom(const client::Incoming& incoming, Mac mac) {
     return std::ranges::equal(client::layoutOf<PacketHeader>(incoming.bytes).mac.bytes, mac.bytes);
 }
 
-static int sendRaw(const RawOptions& options, const CommonOptions& common) {
-    check(options);
-    client::UdpLink link(client::UdpLink::Hears::Replies);
-    const client::Found found = findCamera(link, common, options.camera);
-    std::vector<uint8_t> request = datagramOf(options, common, found.camera.mac);
-    if (request.size() > kDatagramSize) throw Error(ErrorKind::BadValue, "a datagram has at most 1024 bytes");
+static void send(client::UdpLink& link, const client::Found& found, std::span<const uint8_t> request) {
     const int error =
         found.isNear ? link.send(found.camera.address, request) : link.broadcast(found.interface, request);
     if (error != 0) throw client::localError("cannot send", error);
-    if (options.login) blankLogin(request);
-    print("sent", found.camera.address, request, common.json);
+}
+
+static bool showAnswer(client::UdpLink& link, const client::Found& found, const CommonOptions& common) {
     const auto deadline = link.now() + common.wait();
     while (auto incoming = link.receiveUntil(deadline)) {
         if (!isFrom(*incoming, found.camera.mac)) continue;
         blankSecrets(incoming->bytes);
         print("received", incoming->sender, incoming->bytes, common.json);
-        return kSuccess;
+        return true;
+    }
+    return false;
+}
+
+static int sendRaw(const RawOptions& options, const CommonOptions& common) {
+    check(options);
+    client::UdpLink link(client::UdpLink::Hears::Replies);
+    const client::Found found = findCamera(link, common, options.camera);
+    const std::vector<uint8_t> request = datagramOf(options, common, found.camera.mac);
+    if (request.size() > kDatagramSize) throw Error(ErrorKind::BadValue, "a datagram has at most 1024 bytes");
+    std::vector<uint8_t> shown = request;
+    if (options.login) blankLogin(shown);
+    for (unsigned attempt = 0; attempt <= common.retries; attempt++) {
+        send(link, found, request);
+        print("sent", found.camera.address, shown, common.json);
+        if (showAnswer(link, found, common)) return kSuccess;
     }
     throw Error(ErrorKind::NotFound, "no answer; cameras say nothing to a request that is malformed or not theirs");
 }

@@ -44,16 +44,18 @@ static void waitForScan(client::Session& session, WaitBar& bar, std::chrono::mil
                         std::chrono::seconds patience) {
     say("the camera scans; that takes up to " + std::to_string(announced.count() / 1000) + " s");
     bar.show(std::chrono::ceil<std::chrono::seconds>(announced));
-    const bool isBack = session.awaitReturn(patience);
+    const bool isBack = session.awaitReturn(patience).has_value();
     bar.hide();
     if (isBack) return;
-    throw client::Error(client::ErrorKind::Unverified,
-                        "the camera has not come back from its scan within " + std::to_string(patience.count()) + " s");
+    throw client::Error(client::ErrorKind::Unverified, "the camera has not come back from its scan within " +
+                                                           std::to_string(patience.count()) +
+                                                           " s; 'qvpctl scan CAMERA --last' shows later what it found");
 }
 
 static int scan(const ScanOptions& options, const CommonOptions& common) {
-    client::UdpLink network(client::UdpLink::Hears::Replies);
-    WaitBar link(network);
+    const StopSignal stop;
+    client::UdpLink network(client::UdpLink::Hears::Replies, stop.descriptor());
+    WaitBar link(network, common);
     const client::Found camera = findCamera(link, common, options.camera);
     client::Session session = openSession(link, common, camera, readLogin(common));
     if (!options.last) {

@@ -1,5 +1,6 @@
 // qvpctl set: changes settings of one camera.
 #include <algorithm>
+#include <csignal>
 #include <iostream>
 #include <memory>
 
@@ -36,8 +37,10 @@ public:
 
     int run() {
         refuseNow();
-        client::UdpLink network = linkWithReports();
-        WaitBar link(network);
+        const StopSignal stop;
+        signal(SIGPIPE, SIG_IGN);  // whoever reads the notes may go; the change is finished
+        client::UdpLink network = linkWithReports(stop.descriptor());
+        WaitBar link(network, common_);
         bar_ = &link;
         const bool isMac = client::parseMac(options_.camera).has_value();
         const Found camera =
@@ -59,8 +62,12 @@ private:
         any.wifi.emplace();
         any.clock.emplace();
         std::vector<Assignment> alone;
-        std::ranges::copy_if(assignments_, std::back_inserter(alone),
-                             [](const Assignment& one) { return std::string_view(one.setting->key) != "wifi.key"; });
+        const auto isNamed = [&](std::string_view key) {
+            return std::ranges::any_of(assignments_, [&](const Assignment& one) { return key == one.setting->key; });
+        };
+        std::ranges::copy_if(assignments_, std::back_inserter(alone), [&](const Assignment& one) {
+            return std::string_view(one.setting->key) != "wifi.key" || isNamed("wifi.security");
+        });
         client::withAssignments(any, alone);
     }
 
@@ -74,10 +81,29 @@ private:
         const CameraState state = session.read(groups());
         const CameraState wanted = client::withAssignments(state, assignments_);
         if (!client::changedGroups(state, wanted).empty()) {
+            tellQuirks(state, wanted);
             session.apply(state, wanted, watch(), end());
             if (!options_.noWait) verify(session, wanted, assignments_);
         }
         report(assignments_, state, wanted);
+    }
+
+    // What one would not expect of a change, where it comes true.
+    void tellQuirks(const CameraState& state, const CameraState& wanted) const {
+        for (const Assignment& one : assignments_) {
+            const client::Setting& setting = *one.setting;
+            const bool isDdns = std::string_view(setting.key).starts_with("ddns.");
+            if (isDdns && !client::isSame(setting, state, wanted)) {
+                say(std::string("dynamic DNS is now ") + (wanted.services->upnp ? "on" : "off") +
+                    ", as upnp is: it has no switch of its own");
+                break;
+            }
+        }
+        const auto groups = client::changedGroups(state, wanted);
+        const bool isWifi = std::ranges::find(groups, client::Group::Wifi) != groups.end();
+        if (isWifi && !state.wifi->enable) {
+            say("the camera takes the wireless settings, but its radio is off, and no request turns it on");
+        }
     }
 
     static bool isBasic(const Assignment& one) { return one.setting->group == client::Group::Basic; }
@@ -86,12 +112,13 @@ private:
     void changeUnheard(client::Session& session, const Found& camera) {
         std::vector<Assignment> first, rest;
         std::ranges::partition_copy(assignments_, std::back_inserter(first), std::back_inserter(rest), isBasic);
-        refuseUnheard(first, rest);
+        refuseUnheard(camera, first, rest);
         CameraState state;
         state.camera = camera.camera;
         state.camera.httpPort = 80;
-        say("the camera is in another subnet and its answers are lost; its web port becomes 80 unless http-port is "
-            "given");
+        const std::string ungiven = namesOfUngiven(first);
+        say("the camera is in another subnet and its answers are lost" +
+            (ungiven.empty() ? "" : "; what it has cannot be read, so what is not given is set anew: " + ungiven));
         const CameraState wanted = client::withAssignments(state, first);
         session.applyUnheard(state, wanted, watch(), end());
         if (!options_.noWait) verify(session, wanted, first);
@@ -100,16 +127,37 @@ private:
         if (!rest.empty()) change(session);
     }
 
-    void refuseUnheard(const std::vector<Assignment>& first, const std::vector<Assignment>& rest) const {
-        if (first.empty()) {
+    // What is not said to it would be lost: its request holds the whole of its addressing, and it cannot be asked
+    // first.
+    void refuseUnheard(const Found& camera, const std::vector<Assignment>& first,
+                       const std::vector<Assignment>& rest) const {
+        const std::string heard = "the camera reports, but does not answer: ";
+        if (camera.isNear) {
+            throw Error(ErrorKind::NotFound, heard + "something on the way keeps its answers back");
+        }
+        const auto isAddress = [](const Assignment& one) {
+            return std::string_view(one.setting->key) == "ipv4.address";
+        };
+        if (std::ranges::none_of(first, isAddress)) {
             throw Error(ErrorKind::NotFound,
-                        "the camera's answers do not reach this machine; set its ipv4.address as well");
+                        heard + "its answers do not reach this machine; set its ipv4.address as well");
         }
         if (options_.noWait && !rest.empty()) {
-            throw Error(ErrorKind::BadValue,
-                        "the camera's answers do not reach this machine: what is not its name, port "
-                        "or address can be set only when it is back, so not with --no-wait");
+            throw Error(ErrorKind::BadValue, heard +
+                                                 "what is not its name, port or address can be set only when it is "
+                                                 "back, so not with --no-wait");
         }
+    }
+
+    static std::string namesOfUngiven(const std::vector<Assignment>& first) {
+        std::string names;
+        for (const char* const key : {"http-port (becomes 80)", "ipv4.gateway (none)", "ipv4.dns (none)"}) {
+            const auto isIt = [&](const Assignment& one) {
+                return std::string_view(key).starts_with(std::string(one.setting->key) + " ");
+            };
+            if (std::ranges::none_of(first, isIt)) names += (names.empty() ? "" : ", ") + std::string(key);
+        }
+        return names;
     }
 
     // For programs, once it is done; people are told what the camera does meanwhile.
@@ -162,10 +210,14 @@ private:
     static void verify(client::Session& session, const CameraState& wanted,
                        const std::vector<Assignment>& assignments) {
         const std::vector<std::string> different = session.verify(wanted, assignments);
+        if (different.empty() && session.isOnlyHeard()) {
+            say("seen by its report: its answers do not reach this machine");
+        }
         if (different.empty()) return;
         std::string keys;
         for (const std::string& key : different) keys += (keys.empty() ? "" : ", ") + key;
-        throw Error(ErrorKind::Unverified, "the camera took the change, but does not show it: " + keys);
+        throw Error(ErrorKind::Unverified,
+                    "the camera took the change, but does not show it: " + keys + "; 'qvpctl get' shows what it has");
     }
 
     const SetOptions& options_;

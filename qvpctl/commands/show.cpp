@@ -56,6 +56,7 @@ static int show(const std::string& name, const CommonOptions& common) {
         });
     };
     for (const auto& [key, label] : kFacts) add(label, record.at(key));
+    for (const std::string& problem : problemsOf(camera)) add("note", problem);
     for (const auto& [key, value] : record["settings"].items()) add(key, value);
     page->finish();
     return kSuccess;

@@ -56,6 +56,7 @@ TEST(Change, ATimeIsSetAlsoWhenItIsTheSame) {
 
 TEST(Change, TheAddressComesLast) {
     EXPECT_THAT(changedBy({{"ipv4.address", "10.0.0.2/8"},
+                           {"ipv4.gateway", "none"},
                            {"wifi.ssid", "Other"},
                            {"password", "new"},
                            {"time.ntp", "ntp"},

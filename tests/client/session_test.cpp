@@ -218,7 +218,7 @@ TEST_F(SessionTest, ACameraThatAnswersFromItsOldAddressIsNotBack) {
     camera_.moves = false;
     const Error error = errorOf({{"ipv4.address", "192.0.2.77/24"}});
     EXPECT_EQ(error.kind(), ErrorKind::Unverified);
-    EXPECT_THAT(error.what(), HasSubstr("has not come back with it within 30 s"));
+    EXPECT_THAT(error.what(), HasSubstr("has not been seen with it within 30 s"));
 }
 
 TEST_F(SessionTest, ACameraThatStaysAwayIsUnverified) {
@@ -293,6 +293,54 @@ TEST_F(SessionTest, ACameraThatCannotAnswerIsMovedAllTheSame) {
     EXPECT_EQ(addressText(one.target().address), "192.0.2.77");
     EXPECT_EQ(progress_.back(), Progress::Step::Back);
     EXPECT_EQ(addressText(camera_.address()), "192.0.2.77");
+}
+
+// From its new address its answers go elsewhere; only a report comes, with that name.
+class OnlyHeard : public SessionTest {
+protected:
+    std::vector<std::string> moveAway(const std::string& reported) {
+        link_.answer = [=, this, answer = link_.answer](const FakeLink::Sent& sent) {
+            answer(sent);
+            if (sent.bytes[4] != 0xA2) return;
+            camera_.silentUntil = 24h;
+            Bytes report = presenceReport();
+            put(report, 220, Bytes(64));
+            putText(report, 220, reported);
+            put(report, 284, {10, 1, 2, 3, 255, 255, 255, 0});
+            link_.arrive(29s, report);
+        };
+        Session one = session();
+        const auto different = set(one, {{"name", "Gate"}, {"ipv4.address", "10.1.2.3/24"}, {"ipv4.gateway", "none"}});
+        EXPECT_TRUE(one.isOnlyHeard());
+        return different;
+    }
+};
+
+TEST_F(OnlyHeard, TheReportIsTheProof) { EXPECT_THAT(moveAway("Gate"), IsEmpty()); }
+
+TEST_F(OnlyHeard, WhatTheReportDoesNotShowIsTold) { EXPECT_THAT(moveAway("Yard"), ElementsAre("name")); }
+
+TEST_F(SessionTest, AReportOfACameraNearbyIsNoAnswer) {
+    link_.answer = [this, answer = link_.answer](const FakeLink::Sent& sent) {
+        answer(sent);
+        if (sent.bytes[4] == 0xA2) link_.arrive(1ms, presenceReport());
+    };
+    Session one = session();
+    EXPECT_THAT(set(one, {{"http-port", "81"}}), IsEmpty());
+    EXPECT_FALSE(one.isOnlyHeard());
+}
+
+TEST_F(SessionTest, ATimeThatTheCameraDoesNotTakeIsTold) {
+    Session one = session();  // its clock shows 23:59:58
+    EXPECT_THAT(set(one, {{"time.now", "2026-01-31T23:59:01"}}), IsEmpty());
+    EXPECT_THAT(set(one, {{"time.now", "2026-01-31T23:57:59"}}), ElementsAre("time.now"));
+    EXPECT_THAT(set(one, {{"time.now", "2026-02-01T10:20:30"}}), ElementsAre("time.now"));
+}
+
+TEST_F(SessionTest, ThePasswordThatTheCameraHasIsNoChange) {
+    Session one = session();
+    EXPECT_THAT(set(one, {{"password", "secret"}}), IsEmpty());
+    EXPECT_THAT(camera_.opcodes, ElementsAre(0xA1, 0xA3));  // the second look
 }
 
 TEST_F(SessionTest, AskedForOneThing) {

@@ -40,8 +40,8 @@ TEST(Keys, UnknownOnesAreRefusedWithTheNearest) {
     EXPECT_EQ(faultOf([] {
                   settingsNamed({"name", "frobnicate"});
               }),
-              "there is no setting frobnicate; 'qvpctl help settings' lists them");
-    EXPECT_EQ(faultOf([] { settingsNamed({"\x1b"}); }), "there is no setting \\x1B; 'qvpctl help settings' lists them");
+              "there is no such setting; 'qvpctl help settings' lists them");
+    EXPECT_EQ(faultOf([] { settingsNamed({"\x1b"}); }), "there is no such setting; 'qvpctl help settings' lists them");
     EXPECT_NE(faultOf([] { settingsNamed({""}); }), "");
     EXPECT_NE(faultOf([] { settingsNamed({"ipv"}); }), "");
 }

@@ -6,6 +6,7 @@ import re
 import subprocess
 
 import pytest
+from output_schema import check_output
 
 TOOL = os.environ.get("QVPCTL", str(pathlib.Path(__file__).parents[2] / "build/release/qvpctl"))
 PATIENCE = 20
@@ -57,6 +58,13 @@ def test_help_topics(topic, content):
     result = subprocess.run([TOOL, "help", topic], capture_output=True, timeout=PATIENCE, check=False)
     assert (result.returncode, result.stderr) == (0, b"")
     assert content in result.stdout.decode()
+
+
+@pytest.mark.parametrize("arguments", [["help", "exit-status"], ["completion", "bash"]])
+def test_a_text_in_json(arguments):
+    text = subprocess.run([TOOL, *arguments], capture_output=True, timeout=PATIENCE, check=True).stdout.decode()
+    form = subprocess.run([TOOL, *arguments, "--json"], capture_output=True, timeout=PATIENCE, check=True).stdout.decode()
+    assert check_output(arguments[0], form, "")[0] == [{"text": text}]
 
 
 def test_version():

@@ -1,0 +1,145 @@
+"""What people see and type: bars, colours, prompts, and what Ctrl-C leaves.
+
+pytest itself runs inside the virtual LAN:
+  virtual-camera/virtual-camera run -n 0 -- /usr/bin/python3 -m pytest tests/qvpctl/terminal_test.py
+"""
+import fcntl
+import json
+import os
+import pty
+import select
+import signal
+import struct
+import subprocess
+import termios
+
+import pytest
+from cameras import TOOL, get, mac, qvpctl
+from support.waiting import PATIENCE, wait_until
+
+
+def start(*arguments, columns=80, **environment):
+    pid, terminal = pty.fork()
+    if pid == 0:
+        os.execve(TOOL, [TOOL, *arguments], {**os.environ, "TERM": "xterm", **environment})
+    fcntl.ioctl(terminal, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
+    return pid, terminal
+
+
+def read_until(terminal, words):
+    output = ""
+    while words not in output:
+        assert select.select([terminal], [], [], PATIENCE)[0], output
+        output += os.read(terminal, 4096).decode()
+    return output
+
+
+def finish(pid, terminal):
+    """How it ended, and the rest of what it wrote."""
+    output = b""
+    try:
+        while part := os.read(terminal, 4096):
+            output += part
+    except OSError:  # the other end is closed
+        pass
+    os.close(terminal)
+    return os.waitstatus_to_exitcode(os.waitpid(pid, 0)[1]), output.decode()
+
+
+def on_terminal(*arguments, **environment):
+    return finish(*start(*arguments, **{"QVPCTL_PASSWORD": "admin", **environment}))
+
+
+# --- Bars, colours, links ---------------------------------------------------------------------------------------------
+
+def test_a_terminal_shows_bars_and_links(camera):
+    status, output = on_terminal("scan", mac(camera))
+    assert status == 0
+    assert "\r\x1b[K[....................]  0 s of up to " in output  # while the camera is away, and wiped away afterwards
+    assert output.index("\r\x1b[K\x1b[1mSIGNAL\x1b[0m") < output.index("\u25a0\u25a0\u25a0\u25a0\u25a0 81%  Workshop")
+    url = f"http://{camera.address}/"
+    assert f"\x1b]8;;{url}\x1b\\{url}\x1b]8;;\x1b\\" in on_terminal("discover", "--expect", "1")[1]
+    assert "\x1b[1;31mqvpctl:\x1b[0m no camera" in on_terminal("get", "Nobody", "--wait", "0.3")[1]
+
+
+@pytest.mark.parametrize("environment", [{"NO_COLOR": "1"}, {"TERM": "dumb"}])
+def test_a_terminal_without_colours(camera, environment):
+    status, output = on_terminal("discover", "--expect", "1", **environment)
+    assert (status, "\x1b" in output, f"http://{camera.address}/" in output) == (0, False, True)
+
+
+def test_a_bar_is_no_longer_than_a_line(camera):
+    status, output = on_terminal("scan", mac(camera), columns=20)
+    assert status == 0
+    assert "\r\x1b[K[..................\r" in output
+
+
+@pytest.mark.parametrize("arguments", [["discover", "--expect", "1"], ["scan"]])
+def test_a_terminal_gets_json_and_nothing_else(camera, arguments):
+    target = [] if "discover" in arguments else [mac(camera)]
+    status, output = on_terminal(*arguments, *target, "--json")
+    assert status == 0
+    assert all(isinstance(json.loads(line), dict) for line in output.splitlines())
+
+
+# --- Prompts ----------------------------------------------------------------------------------------------------------
+
+def echoes(terminal):
+    return bool(termios.tcgetattr(terminal)[3] & termios.ECHO)
+
+
+def at_a_prompt(command, *typed):
+    """Runs a shell command, types at each of its prompts, and returns what it showed; the terminal has to echo afterwards."""
+    pid, terminal = pty.fork()
+    if pid == 0:
+        os.execve("/bin/sh", ["sh", "-c", f"trap : INT; {command}; echo status $?; read end"], {**os.environ, "Q": TOOL})
+    output = ""
+    for answer, prompt in zip(typed, ["assword", "Again: "]):
+        output += read_until(terminal, prompt)
+        wait_until(lambda: not echoes(terminal), "the prompt")
+        os.write(terminal, answer)
+    output += read_until(terminal, "status ")
+    assert echoes(terminal)
+    os.write(terminal, b"\n\n")
+    return output + finish(pid, terminal)[1]
+
+
+def test_a_password_is_asked_for_without_echo(camera):
+    output = at_a_prompt(f"$Q verify {mac(camera)}", b"admin\n")
+    assert "Password of admin: \r\n" in output and "status 0" in output
+    assert output.count("admin") == 1 + output.count("administrator")
+
+
+@pytest.mark.parametrize("key", [b"\x03", b"\x04"], ids=["Ctrl-C", "Ctrl-D"])
+@pytest.mark.parametrize("command", ["verify", "passwd"])
+def test_giving_up_at_a_prompt(camera, command, key):
+    output = at_a_prompt(f"$Q {command} {mac(camera)}", key)
+    assert "qvpctl:" in output and "nothing was entered" in output and "status 3" in output
+    assert qvpctl("verify", mac(camera)).status == 0
+
+
+def test_a_new_password_is_asked_for_twice(camera):
+    command = f"QVPCTL_PASSWORD=admin $Q passwd {mac(camera)}"
+    assert "are not the same" in at_a_prompt(command, b"one\n", b"other\n")
+    assert "must not be empty" in at_a_prompt(command, b"\n", b"\n")
+    assert "status 0" in at_a_prompt(command, b"new\n", b"new\n")
+    assert qvpctl("verify", mac(camera), password="new").status == 0
+
+
+# --- Stops in the middle ----------------------------------------------------------------------------------------------
+
+def test_a_stop_while_the_camera_is_away(camera):
+    camera.replace_script("/usr/sbin/msger", "#!/bin/sh\nexec sleep 5\n")
+    pid, terminal = start("set", mac(camera), "name=Gate", "http-port=81", QVPCTL_PASSWORD="admin")
+    output = read_until(terminal, " s of up to ")
+    os.kill(pid, signal.SIGINT)
+    status, rest = finish(pid, terminal)
+    assert status == 6
+    assert (output + rest).splitlines()[-1].endswith("what was sent to the camera is not undone, and what was to follow is not "
+                                                     "sent")
+
+
+def test_a_reader_that_leaves_does_not_break_a_change(camera):
+    script = f"{TOOL} set {mac(camera)} time.zone=Asia/Tokyo name=Pipe 2>&1 | true"
+    subprocess.run(["bash", "-c", script], env={**os.environ, "QVPCTL_PASSWORD": "admin"}, timeout=120, check=True)
+    assert (get(camera, "name"), get(camera, "time.zone")) == ("Pipe", "Asia/Tokyo")
