@@ -64,10 +64,6 @@ bool iniTakeLine(const IniText& text, const char* start, IniLine& line) {
     return true;
 }
 
-bool sliceEquals(Slice slice, const char* text) {
-    return slice.length == strlen(text) && memcmp(slice.text, text, slice.length) == 0;
-}
-
 // Where a field stands, or where it would go.
 struct Place {
     bool hasSection;

@@ -76,11 +76,10 @@ TEST(Gateway, IsNoneWhereTheFileTellsNone) {
 static Address nameServer(const std::string& file, int index) {
     TemporaryFolder folder;
     writeFile(folder / "resolv.conf", file);
-    Bytes4 address = {9, 8, 7, 6};
-    const std::string path = (folder / "resolv.conf").string();
-    if (nameServerFromFile(path.c_str(), index, address.data()) == 0) return address;
-    EXPECT_EQ(address, (Bytes4{9, 8, 7, 6}));
-    return std::nullopt;
+    uint8_t servers[kNameServers][4];
+    const int count = readNameServers((folder / "resolv.conf").c_str(), servers);
+    if (index >= count) return std::nullopt;
+    return Bytes4{servers[index][0], servers[index][1], servers[index][2], servers[index][3]};
 }
 
 TEST(NameServers, AreTheFirstTwoWithIpv4) {
@@ -104,8 +103,8 @@ TEST(NameServers, AreTheFirstTwoWithIpv4) {
         EXPECT_EQ(nameServer(row.file, 0), row.first) << row.file;
         EXPECT_EQ(nameServer(row.file, 1), row.second) << row.file;
     }
-    Bytes4 address = {};
-    EXPECT_EQ(nameServerFromFile("/nowhere/resolv.conf", 0, address.data()), -1);
+    uint8_t servers[kNameServers][4];
+    EXPECT_EQ(readNameServers("/nowhere/resolv.conf", servers), 0);
     EXPECT_EQ(net_get_dns(nullptr), -1);
     EXPECT_EQ(net_get_dns2(nullptr), -1);
 }
