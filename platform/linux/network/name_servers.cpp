@@ -21,7 +21,7 @@ static bool readNameServer(char* line, uint8_t address[4]) {
 int readNameServers(const char* path, uint8_t (&addresses)[kNameServers][4]) {
     char text[8192];
     int count = 0;
-    if (readSmallFile(path, text, sizeof text) < 0) return 0;
+    if (readSmallFile(path, text, sizeof text) < 0) return -1;
     char* rest = nullptr;
     char* line = strtok_r(text, "\n", &rest);
     for (; line != nullptr && count < kNameServers; line = strtok_r(nullptr, "\n", &rest)) {
@@ -38,8 +38,13 @@ static int give(int index, uint8_t address[4]) {
     if (address == nullptr) return -1;
     if (!isKept(kept, kResolverFile)) {
         struct stat status;
-        noteRead(kept, stat(kResolverFile, &status) == 0 ? &status : nullptr);
+        const bool exists = stat(kResolverFile, &status) == 0;
         serverCount = readNameServers(kResolverFile, servers);
+        if (serverCount < 0) {
+            forget(kept);
+        } else {
+            noteRead(kept, exists ? &status : nullptr);
+        }
     }
     if (index >= serverCount) return -1;
     memcpy(address, servers[index], sizeof servers[index]);

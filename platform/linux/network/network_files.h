@@ -9,5 +9,6 @@ int gatewayFromRoutes(const char* path, const char* interface, uint8_t address[4
 
 constexpr int kNameServers = 2;
 
-// The first IPv4 name servers of a file like /etc/resolv.conf; others do not count. Returns how many there are.
+// The first IPv4 name servers of a file like /etc/resolv.conf; others do not count. Returns how many there are, -1 when
+// the file cannot be read.
 int readNameServers(const char* path, uint8_t (&addresses)[kNameServers][4]);

@@ -25,14 +25,18 @@ static Slice takeWord(Slice& line) {
     return word;
 }
 
+// A metric beyond the signed numbers is printed as a negative one.
 static bool takeNumber(Slice& line, unsigned base, uint32_t& number) {
-    const Slice word = takeWord(line);
+    Slice word = takeWord(line);
+    const bool isNegative = word.length > 1 && *word.text == '-';
+    if (isNegative) word = {word.text + 1, word.length - 1};
     number = 0;
     for (size_t i = 0; i < word.length; i++) {
         const int digit = hexDigit(word.text[i]);
         if (digit < 0 || static_cast<unsigned>(digit) >= base) return false;
         number = number * base + static_cast<uint32_t>(digit);
     }
+    if (isNegative) number = 0u - number;
     return word.length > 0;
 }
 
@@ -52,44 +56,55 @@ static bool isDefaultBy(const Route& route, const char* interface) {
            (route.flags & kWanted) == kWanted && (route.flags & RTF_REJECT) == 0;
 }
 
-// Of the routes in a table of lines.
-static bool findGateway(Slice table, const char* interface, Route& best) {
-    bool found = false;
-    while (table.length > 0) {
-        const char* newline = static_cast<const char*>(memchr(table.text, '\n', table.length));
-        const Slice line = {table.text, newline != nullptr ? static_cast<size_t>(newline - table.text) : table.length};
-        const size_t taken = newline != nullptr ? line.length + 1 : line.length;
-        table = {table.text + taken, table.length - taken};
+// The best of those seen so far, if any.
+struct Choice {
+    bool found;
+    Route route;
+};
+
+// Looks at the table's whole lines. Returns how many bytes they have.
+static size_t chooseAmong(Slice table, const char* interface, Choice& best) {
+    size_t taken = 0;
+    while (taken < table.length) {
+        const char* start = table.text + taken;
+        const char* newline = static_cast<const char*>(memchr(start, '\n', table.length - taken));
+        if (newline == nullptr) break;
+        const size_t length = static_cast<size_t>(newline - start);
+        taken += length + 1;
         Route route;
-        if (!takeRoute(line, route) || !isDefaultBy(route, interface)) continue;
-        if (found && route.metric >= best.metric) continue;
-        best = route;
-        found = true;
+        if (!takeRoute({start, length}, route) || !isDefaultBy(route, interface)) continue;
+        if (!best.found || route.metric < best.route.metric) best = {true, route};
     }
-    return found;
+    return taken;
 }
 
-// The kernel hands out whole lines of 128 bytes, as many as a page holds: what leaves room for another is the end.
-static ssize_t readTable(int descriptor, char* table, size_t capacity) {
+static ssize_t readAt(int descriptor, off_t position, char* bytes, size_t capacity) {
+    ssize_t count;
+    do {
+        count = pread(descriptor, bytes, capacity, position);
+    } while (count < 0 && errno == EINTR);
+    return count;
+}
+
+// The kernel hands out whole lines of 128 bytes, as many as a page holds: a piece that leaves room for another is the
+// last one.
+static bool findGateway(int descriptor, const char* interface, Choice& best) {
     constexpr size_t kAlmostAPage = 4096 - 2 * 128;
-    size_t length = 0;
-    while (length < capacity) {
-        const ssize_t count = pread(descriptor, table + length, capacity - length, static_cast<off_t>(length));
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) return -1;
-        length += static_cast<size_t>(count);
-        if (static_cast<size_t>(count) < kAlmostAPage) break;
+    char piece[4096];
+    off_t position = 0;
+    for (;;) {
+        const ssize_t count = readAt(descriptor, position, piece, sizeof piece);
+        if (count < 0) return false;
+        const size_t taken = chooseAmong({piece, static_cast<size_t>(count)}, interface, best);
+        position += static_cast<off_t>(taken);
+        if (taken == 0 || static_cast<size_t>(count) < kAlmostAPage) return best.found;
     }
-    return static_cast<ssize_t>(length);
 }
 
 static int gatewayFrom(int descriptor, const char* interface, uint8_t address[4]) {
-    static char table[16384];
-    if (interface == nullptr || address == nullptr) return -1;
-    const ssize_t length = readTable(descriptor, table, sizeof table);
-    Route best = {};
-    if (length < 0 || !findGateway({table, static_cast<size_t>(length)}, interface, best)) return -1;
-    memcpy(address, &best.gateway, sizeof best.gateway);
+    Choice best = {};
+    if (interface == nullptr || address == nullptr || !findGateway(descriptor, interface, best)) return -1;
+    memcpy(address, &best.route.gateway, sizeof best.route.gateway);
     return 0;
 }
 

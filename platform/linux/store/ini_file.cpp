@@ -6,6 +6,11 @@
 
 #include "common/small_file.h"
 
+IniText& iniScratch() {
+    static IniText scratch;
+    return scratch;
+}
+
 int iniRead(int descriptor, IniText& text) {
     ssize_t length = readUpTo(descriptor, text.bytes, sizeof text.bytes);
     text.length = length > 0 ? static_cast<size_t>(length) : 0;

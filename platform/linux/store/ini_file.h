@@ -23,6 +23,9 @@ struct IniLine {
     const char* next;  // where the next line starts
 };
 
+// Room for one more file, for whoever works on one now: it does not outlast his function.
+IniText& iniScratch();
+
 // Fills `text` from the descriptor. Returns 0, or -1 with errno set, EFBIG when the file does not fit.
 int iniRead(int descriptor, IniText& text);
 

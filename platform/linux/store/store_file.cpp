@@ -16,7 +16,6 @@
 static constexpr int kMostAttempts = 16;
 
 static IniText stored;
-static IniText changed;
 
 // What was read into `stored` last, and which file it was.
 static StoredValues values;
@@ -144,6 +143,7 @@ static int makePermanent(const StoreFolder& folder) {
 
 static int changeOnce(const StoreFolder& folder, const char* section, const char* name, const char* value) {
     FileState before;
+    IniText& changed = iniScratch();
     forget(kept);
     if (loadForChange(folder, stored, before) != 0) return -1;
     if (iniChange(stored, section, name, value, changed) != 0) return -1;
