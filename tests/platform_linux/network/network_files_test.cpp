@@ -134,6 +134,7 @@ TEST(NameServers, AreThoseOfTheSystem) {
     writeFile(etc / "resolv.conf", "nameserver 192.0.2.1\nnameserver 192.0.2.2\n");
     if (!withPrivateEtc(etc.path(), [] {
             Bytes4 first = {}, second = {};
+            requestBegins();
             EXPECT_EQ(net_get_dns(first.data()), 0);
             EXPECT_EQ(net_get_dns2(second.data()), 0);
             EXPECT_EQ(first, (Bytes4{192, 0, 2, 1}));
