@@ -41,14 +41,12 @@ void traceService(const char* function, int line, const char* format, ...) {
     writeWhole(text, length);
 }
 
-static void add(TraceLine& line, const char* text, size_t length) {
+void traceAdd(TraceLine& line, const char* text, size_t length) {
     const size_t room = static_cast<size_t>(kTraceLineSize - 1 - line.length);
     const size_t taken = length < room ? length : room;
     memcpy(line.text + line.length, text, taken);
     line.length += static_cast<int>(taken);
 }
-
-void traceAdd(TraceLine& line, const char* word) { add(line, word, strlen(word)); }
 
 void traceAdd(TraceLine& line, int number) {
     char digits[12];
@@ -60,7 +58,7 @@ void traceAdd(TraceLine& line, int number) {
         left /= 10;
     } while (left != 0);
     if (number < 0) *--start = '-';
-    add(line, start, static_cast<size_t>(end - start));
+    traceAdd(line, start, static_cast<size_t>(end - start));
 }
 
 void traceWrite(const TraceLine& line) { writeWhole(line.text, line.length); }

@@ -2,6 +2,9 @@
 // thread do not mix with others; what the system takes only in part is written in several.
 #pragma once
 
+#include <stddef.h>
+#include <string.h>
+
 constexpr int kTraceLineSize = 512;
 
 // Writes the text as it stands; a line longer than 511 bytes is cut.
@@ -17,12 +20,14 @@ struct TraceLine {
 };
 
 // A line longer than 511 bytes is cut.
-void traceAdd(TraceLine& line, const char* word);
+void traceAdd(TraceLine& line, const char* word, size_t length);
 void traceAdd(TraceLine& line, int number);
 void traceWrite(const TraceLine& line);
 
+inline void traceAdd(TraceLine& line, const char* word) { traceAdd(line, word, strlen(word)); }
+
 template <typename... Words>
-void traceWords(Words... words) {
+inline void traceWords(const Words&... words) {
     TraceLine line;
     line.length = 0;
     (traceAdd(line, words), ...);

@@ -33,11 +33,12 @@ void putLocalTime(uint8_t* field) {
     tzset();
     time_t now = time(nullptr);
     if (localtime_r(&now, &local) == nullptr) return;
-    char text[6 * 12];
+    char text[12 + 5 * 2];
     char* end = putDecimal(text, local.tm_year + 1900, 4);
     const int parts[] = {local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec};
     for (const int part : parts) {
-        end = putDecimal(end, part, 2);
+        *end++ = static_cast<char>('0' + part / 10);
+        *end++ = static_cast<char>('0' + part % 10);
     }
     const size_t length = static_cast<size_t>(end - text);
     memcpy(field, text, length < kTimeDigits ? length : kTimeDigits);

@@ -35,11 +35,11 @@ static bool isSameState(const KeptFile& file, const struct stat* status) {
 
 static bool isSettled(const KeptFile& file) { return !file.exists || file.readAt - file.firstSeen >= kSettledAfter; }
 
-bool isKept(KeptFile& file, const char* path) {
-    if (request == 0 || !file.wasRead) return false;
-    if (file.lookedAtIn == request) return true;
-    if (!isSettled(file)) return false;
+bool wasLookedAt(const KeptFile& file) { return file.wasRead && file.lookedAtIn == request && request != 0; }
+
+bool isStillSame(KeptFile& file, const char* path) {
     struct stat status;
+    if (request == 0 || !file.wasRead || !isSettled(file)) return false;
     if (!isSameState(file, stat(path, &status) == 0 ? &status : nullptr)) return false;
     file.lookedAtIn = request;
     return true;

@@ -14,9 +14,12 @@ struct KeptFile {
     uint32_t lookedAtIn;  // the request in which it was last looked at
 };
 
-// True when what was read of the file at `path` may be used. Never before the platform was told of a request: then
-// every use reads anew.
-bool isKept(KeptFile& file, const char* path);
+// True when the file was looked at in this request: what was read of it may be used. Never before the platform was told
+// of a request: then every use reads anew.
+bool wasLookedAt(const KeptFile& file);
+
+// Looks at the file. True when what was read of it may be used in this request.
+bool isStillSame(KeptFile& file, const char* path);
 
 // To be called whenever the file is read, with its state from before; null: there is no such file.
 void noteRead(KeptFile& file, const struct stat* status);

@@ -34,18 +34,17 @@ static KeptFile kept;
 static uint8_t servers[kNameServers][4];
 static int serverCount;
 
+static void readAgain() {
+    struct stat status;
+    const bool exists = stat(kResolverFile, &status) == 0;
+    serverCount = readNameServers(kResolverFile, servers);
+    if (serverCount < 0) return forget(kept);
+    noteRead(kept, exists ? &status : nullptr);
+}
+
 static int give(int index, uint8_t address[4]) {
     if (address == nullptr) return -1;
-    if (!isKept(kept, kResolverFile)) {
-        struct stat status;
-        const bool exists = stat(kResolverFile, &status) == 0;
-        serverCount = readNameServers(kResolverFile, servers);
-        if (serverCount < 0) {
-            forget(kept);
-        } else {
-            noteRead(kept, exists ? &status : nullptr);
-        }
-    }
+    if (!wasLookedAt(kept) && !isStillSame(kept, kResolverFile)) readAgain();
     if (index >= serverCount) return -1;
     memcpy(address, servers[index], sizeof servers[index]);
     return 0;

@@ -11,49 +11,48 @@
 #include "platform.h"
 
 struct Route {
-    Slice interface;
     uint32_t destination, gateway, mask;  // addresses as they lie in memory, in network order
     uint32_t flags, metric;
 };
 
-// Cuts the next word off the line; empty at its end.
-static Slice takeWord(Slice& line) {
-    while (line.length > 0 && (*line.text == ' ' || *line.text == '\t')) line = {line.text + 1, line.length - 1};
-    Slice word = {line.text, 0};
-    while (word.length < line.length && word.text[word.length] != ' ' && word.text[word.length] != '\t') word.length++;
-    line = {line.text + word.length, line.length - word.length};
-    return word;
+// What reads a line stops at the newline that ends it.
+static bool isBlank(char letter) { return letter == ' ' || letter == '\t'; }
+
+static Slice takeWord(const char*& line) {
+    while (isBlank(*line)) line++;
+    const char* const start = line;
+    while (!isBlank(*line) && *line != '\n') line++;
+    return {start, static_cast<size_t>(line - start)};
 }
 
 // A metric beyond the signed numbers is printed as a negative one.
-static bool takeNumber(Slice& line, unsigned base, uint32_t& number) {
-    Slice word = takeWord(line);
-    const bool isNegative = word.length > 1 && *word.text == '-';
-    if (isNegative) word = {word.text + 1, word.length - 1};
+template <unsigned Base>
+static bool takeNumber(const char*& line, uint32_t& number) {
+    while (isBlank(*line)) line++;
+    const bool isNegative = *line == '-';
+    if (isNegative) line++;
+    const char* const start = line;
     number = 0;
-    for (size_t i = 0; i < word.length; i++) {
-        const int digit = hexDigit(word.text[i]);
-        if (digit < 0 || static_cast<unsigned>(digit) >= base) return false;
-        number = number * base + static_cast<uint32_t>(digit);
-    }
+    for (unsigned digit; (digit = static_cast<unsigned>(hexDigit(*line))) < Base; line++)
+        number = number * Base + digit;
     if (isNegative) number = 0u - number;
-    return word.length > 0;
+    return line > start && (isBlank(*line) || *line == '\n');
 }
 
-// Interface, destination, gateway, flags, use counts (2), metric, mask, ...; the kernel prints an address as the
-// hexadecimal number that its four bytes are on this machine, so the number has the right bytes on either byte order.
-static bool takeRoute(Slice line, Route& route) {
+// Behind the interface: destination, gateway, flags, use counts (2), metric, mask, ...; the kernel prints an address as
+// the hexadecimal number that its four bytes are on this machine, so the number has the right bytes on either byte
+// order.
+static bool takeRoute(const char* line, Route& route) {
     uint32_t unused = 0;
-    route.interface = takeWord(line);
-    return takeNumber(line, 16, route.destination) && takeNumber(line, 16, route.gateway) &&
-           takeNumber(line, 16, route.flags) && takeNumber(line, 10, unused) && takeNumber(line, 10, unused) &&
-           takeNumber(line, 10, route.metric) && takeNumber(line, 16, route.mask);
+    return takeNumber<16>(line, route.destination) && takeNumber<16>(line, route.gateway) &&
+           takeNumber<16>(line, route.flags) && takeNumber<10>(line, unused) && takeNumber<10>(line, unused) &&
+           takeNumber<10>(line, route.metric) && takeNumber<16>(line, route.mask);
 }
 
-static bool isDefaultBy(const Route& route, const char* interface) {
+static bool isDefault(const Route& route) {
     constexpr uint32_t kWanted = RTF_UP | RTF_GATEWAY;
-    return sliceEquals(route.interface, interface) && route.destination == 0 && route.mask == 0 &&
-           (route.flags & kWanted) == kWanted && (route.flags & RTF_REJECT) == 0;
+    return route.destination == 0 && route.mask == 0 && (route.flags & kWanted) == kWanted &&
+           (route.flags & RTF_REJECT) == 0;
 }
 
 // The best of those seen so far, if any.
@@ -66,13 +65,12 @@ struct Choice {
 static size_t chooseAmong(Slice table, const char* interface, Choice& best) {
     size_t taken = 0;
     while (taken < table.length) {
-        const char* start = table.text + taken;
-        const char* newline = static_cast<const char*>(memchr(start, '\n', table.length - taken));
+        const char* line = table.text + taken;
+        const char* newline = static_cast<const char*>(memchr(line, '\n', table.length - taken));
         if (newline == nullptr) break;
-        const size_t length = static_cast<size_t>(newline - start);
-        taken += length + 1;
+        taken += static_cast<size_t>(newline - line) + 1;
         Route route;
-        if (!takeRoute({start, length}, route) || !isDefaultBy(route, interface)) continue;
+        if (!sliceEquals(takeWord(line), interface) || !takeRoute(line, route) || !isDefault(route)) continue;
         if (!best.found || route.metric < best.route.metric) best = {true, route};
     }
     return taken;

@@ -57,9 +57,24 @@ int storeKeyNumber(Slice section, Slice name) {
     return -1;
 }
 
+static bool areThoseOf(const char* section, const char* name, int key) {
+    return kKeys[key].name == name && kKeys[key].section == section;
+}
+
+// The linker makes one of equal constants, so a caller's names mostly are this table's own. A request asks for its keys
+// in the same order as the last one of its kind: behind the key before comes the one that came behind it then.
 int storeKeyNumber(const char* section, const char* name) {
+    static uint8_t followers[kStoreKeyCount];
+    static int before;
     if (section == nullptr || name == nullptr) return -1;
-    return storeKeyNumber(Slice{section, strlen(section)}, Slice{name, strlen(name)});
+    int key = followers[before];
+    if (!areThoseOf(section, name, key)) {
+        key = storeKeyNumber(Slice{section, strlen(section)}, Slice{name, strlen(name)});
+        if (key < 0) return -1;
+        followers[before] = static_cast<uint8_t>(key);
+    }
+    before = key;
+    return key;
 }
 
 const StoreKey& storeKey(int number) { return kKeys[number]; }

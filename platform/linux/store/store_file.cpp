@@ -68,7 +68,7 @@ static int readStore() {
 }
 
 const StoredValues* storeLoad() {
-    if (isKept(kept, storePath()) || readStore() == 0) return &values;
+    if (wasLookedAt(kept) || isStillSame(kept, storePath()) || readStore() == 0) return &values;
     forget(kept);
     return nullptr;
 }
