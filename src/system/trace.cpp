@@ -41,11 +41,11 @@ void traceService(const char* function, int line, const char* format, ...) {
     writeWhole(text, length);
 }
 
-void traceAdd(TraceLine& line, const char* text, size_t length) {
-    const size_t room = static_cast<size_t>(kTraceLineSize - 1 - line.length);
+void traceAdd(TraceLine& line, const char* word, size_t length) {
+    const size_t room = kTraceLineSize - 1 - line.length;
     const size_t taken = length < room ? length : room;
-    memcpy(line.text + line.length, text, taken);
-    line.length += static_cast<int>(taken);
+    memcpy(line.text + line.length, word, taken);
+    line.length += taken;
 }
 
 void traceAdd(TraceLine& line, int number) {
@@ -61,4 +61,4 @@ void traceAdd(TraceLine& line, int number) {
     traceAdd(line, start, static_cast<size_t>(end - start));
 }
 
-void traceWrite(const TraceLine& line) { writeWhole(line.text, line.length); }
+void traceWrite(const TraceLine& line) { writeWhole(line.text, static_cast<int>(line.length)); }

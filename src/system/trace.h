@@ -15,7 +15,7 @@ void traceService(const char* function, int line, const char* format, ...) __att
 
 // A line put together from words, for those of every request: a format costs more than all the rest of them.
 struct TraceLine {
-    int length;
+    size_t length;
     char text[kTraceLineSize];
 };
 
@@ -24,7 +24,18 @@ void traceAdd(TraceLine& line, const char* word, size_t length);
 void traceAdd(TraceLine& line, int number);
 void traceWrite(const TraceLine& line);
 
-inline void traceAdd(TraceLine& line, const char* word) { traceAdd(line, word, strlen(word)); }
+template <typename Letter>
+inline void traceAdd(TraceLine& line, Letter* const& word) {
+    traceAdd(line, word, strlen(word));
+}
+
+// A constant, copied with a move or two where it fits.
+template <size_t Size>
+inline void traceAdd(TraceLine& line, const char (&word)[Size]) {
+    if (line.length + Size > kTraceLineSize) return traceAdd(line, word, Size - 1);
+    memcpy(line.text + line.length, word, Size - 1);
+    line.length += Size - 1;
+}
 
 template <typename... Words>
 inline void traceWords(const Words&... words) {

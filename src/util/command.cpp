@@ -10,7 +10,7 @@
 #include "util/validators.h"
 
 void traceHandler(const Family& family, const char* command, int line) {
-    traceWords("[", family.tracePrefix, "][", family.source, "][", family.namePrefix, command, "][Line: ", line, "]\n");
+    traceWords(family.traceStart, command, "][Line: ", line, "]\n");
 }
 
 static bool namesThisDevice(const PacketHeader& header) {

@@ -8,11 +8,11 @@
 // leaves the same times. So a content is trusted only if it was read when no such change could come any more.
 static constexpr int64_t kSettledAfter = 3000;
 
-static uint32_t request;  // 0: nobody has told of one
+uint32_t requestNumber;
 
 void requestBegins() {
-    request++;
-    if (request == 0) request = 1;
+    requestNumber++;
+    if (requestNumber == 0) requestNumber = 1;
 }
 
 static int64_t milliseconds() {
@@ -35,24 +35,22 @@ static bool isSameState(const KeptFile& file, const struct stat* status) {
 
 static bool isSettled(const KeptFile& file) { return !file.exists || file.readAt - file.firstSeen >= kSettledAfter; }
 
-bool wasLookedAt(const KeptFile& file) { return file.wasRead && file.lookedAtIn == request && request != 0; }
-
 bool isStillSame(KeptFile& file, const char* path) {
     struct stat status;
-    if (request == 0 || !file.wasRead || !isSettled(file)) return false;
+    if (!file.wasRead || !isSettled(file)) return false;
     if (!isSameState(file, stat(path, &status) == 0 ? &status : nullptr)) return false;
-    file.lookedAtIn = request;
+    file.lookedAtIn = requestNumber;
     return true;
 }
 
 void noteRead(KeptFile& file, const struct stat* status) {
     const int64_t now = milliseconds();
     if (!isSameState(file, status)) file.firstSeen = now;
-    file.wasRead = true;
+    file.wasRead = requestNumber != 0;
     file.exists = status != nullptr;
     if (status != nullptr) file.status = *status;
     file.readAt = now;
-    file.lookedAtIn = request;
+    file.lookedAtIn = requestNumber;
 }
 
 void forget(KeptFile& file) { file = {}; }

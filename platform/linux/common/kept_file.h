@@ -4,6 +4,8 @@
 #include <stdint.h>
 #include <sys/stat.h>
 
+extern uint32_t requestNumber;  // of the request that is served now; 0: nobody has told of one
+
 // What was seen of a file when it was read. All zeros: nothing yet.
 struct KeptFile {
     bool wasRead;
@@ -16,7 +18,7 @@ struct KeptFile {
 
 // True when the file was looked at in this request: what was read of it may be used. Never before the platform was told
 // of a request: then every use reads anew.
-bool wasLookedAt(const KeptFile& file);
+inline bool wasLookedAt(const KeptFile& file) { return file.wasRead && file.lookedAtIn == requestNumber; }
 
 // Looks at the file. True when what was read of it may be used in this request.
 bool isStillSame(KeptFile& file, const char* path);

@@ -17,33 +17,40 @@ static int giveNumber(const StoredValue& value, void* out) {
     return 0;
 }
 
-static int giveText(const StoredValue& value, char* out) {
-    char decoded[kMostText + 1];
-    const bool isPlain = value.kind == StoredValue::Kind::Plain;
-    if (!isPlain) iniDecode(value.text, decoded);
-    const size_t length = isPlain ? value.text.length : strlen(decoded);
-    memcpy(out, isPlain ? value.text.text : decoded, length);
+static int giveText(const char* text, size_t length, char* out) {
+    memcpy(out, text, length);
     out[length] = '\0';
     return 0;
+}
+
+static int giveQuoted(const StoredValue& value, char* out) {
+    char text[kMostText + 1];
+    iniDecode(value.text, text);
+    return giveText(text, strlen(text), out);
+}
+
+static int give(const StoredValue& value, void* out) {
+    switch (value.kind) {
+        case StoredValue::Kind::Int32:
+            return giveNumber<int32_t>(value, out);
+        case StoredValue::Kind::Uint16:
+            return giveNumber<uint16_t>(value, out);
+        case StoredValue::Kind::Flag:
+            return giveNumber<uint8_t>(value, out);
+        case StoredValue::Kind::Plain:
+            return giveText(value.text.text, value.text.length, static_cast<char*>(out));
+        case StoredValue::Kind::Quoted:
+            return giveQuoted(value, static_cast<char*>(out));
+        case StoredValue::Kind::Missing:
+            break;
+    }
+    return -1;
 }
 
 int cfgRead(const char* section, const char* key, void* out) {
     const int number = storeKeyNumber(section, key);
     const StoredValues* stored = number >= 0 && out != nullptr ? storeLoad() : nullptr;
-    if (stored == nullptr) return -1;
-    const StoredValue& value = stored->values[number];
-    if (value.kind == StoredValue::Kind::Missing) return -1;
-    switch (storeKey(number).type) {
-        case StoreType::Int32:
-            return giveNumber<int32_t>(value, out);
-        case StoreType::Uint16:
-            return giveNumber<uint16_t>(value, out);
-        case StoreType::Flag:
-            return giveNumber<uint8_t>(value, out);
-        case StoreType::Text:
-            break;
-    }
-    return giveText(value, static_cast<char*>(out));
+    return stored != nullptr ? give(stored->values[number], out) : -1;
 }
 
 template <typename Number>

@@ -17,6 +17,11 @@ static bool isNumberOf(StoreType type, const char* text, long length, int64_t& n
            parseDecimal(text, static_cast<size_t>(length), limits[0], limits[1], number);
 }
 
+static StoredValue::Kind kindOf(StoreType numbers) {
+    if (numbers == StoreType::Int32) return StoredValue::Kind::Int32;
+    return numbers == StoreType::Uint16 ? StoredValue::Kind::Uint16 : StoredValue::Kind::Flag;
+}
+
 static StoredValue valueOf(StoreType type, Slice value) {
     char text[kMostText + 1];
     const long length = iniDecode(value, text);
@@ -30,7 +35,7 @@ static StoredValue valueOf(StoreType type, Slice value) {
     }
     int64_t number = 0;
     if (!isNumberOf(type, text, length, number)) return result;
-    result.kind = StoredValue::Kind::Number;
+    result.kind = kindOf(type);
     result.number = static_cast<int32_t>(number);
     return result;
 }

@@ -8,7 +8,7 @@
 
 // What the store has for one key. Missing stands for malformed values, too, and for numbers outside their type.
 struct StoredValue {
-    enum class Kind : uint8_t { Missing, Number, Plain, Quoted };
+    enum class Kind : uint8_t { Missing, Int32, Uint16, Flag, Plain, Quoted };
     Kind kind;
     int32_t number;
     Slice text;  // as it stands in the file; plain text is the value, with at most 255 bytes that count
