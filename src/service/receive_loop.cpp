@@ -65,10 +65,9 @@ static void traceSender(in_addr address) {
 }
 
 static void serveDatagram(uint8_t* received, uint8_t* reply, Sender& sender) {
+    memset(received, 0, kDatagramSize);
     ssize_t length =
         recvfrom(g_nSocket, received, kDatagramSize, 0, reinterpret_cast<sockaddr*>(&sender.address), &sender.length);
-    const size_t taken = length > 0 ? static_cast<size_t>(length) : 0;
-    memset(received + taken, 0, kDatagramSize - taken);
     // Unsigned, so a failed receive passes; its zeroed buffer names no family.
     if (static_cast<size_t>(length) < sizeof(PacketHeader)) return;
     beginRequest();
