@@ -102,9 +102,9 @@ def store_named(camera, name):
 
 @pytest.mark.parametrize("write", [replace, overwrite])
 def test_the_store(camera, changing, pause, write):
-    for name in (b"Gate", b"Yard", b"G"):
-        if name != b"G":
-            pause(camera)  # "Yard" is of the same size as what was kept
+    camera.write_store(store_named(camera, b"Gate"))
+    pause(camera)
+    for name in (b"Yard", b"G", b"A longer name"):  # of the same size, shorter, longer
         content = store_named(camera, name)
         data = changing(camera, lambda content=content: write(camera.store_file, content))
         assert text_at(data, NAME) == name
@@ -142,8 +142,9 @@ def resolver(*servers):
 @pytest.mark.parametrize("write", [replace, overwrite])
 def test_the_name_servers(camera, changing, pause, write):
     file = camera.root / "etc/resolv.conf"
-    for servers in (("192.0.2.11", "192.0.2.12"), ("192.0.2.13", "192.0.2.14")):
-        pause(camera)
+    file.write_bytes(resolver("192.0.2.11", "192.0.2.12"))
+    pause(camera)
+    for servers in (("192.0.2.13", "192.0.2.14"), ("192.0.2.15", "192.0.2.16")):
         data = changing(camera, lambda servers=servers: write(file, resolver(*servers)))
         assert (address_at(data, DNS), address_at(data, DNS2)) == servers
     assert address_at(changing(camera, file.unlink), DNS) == "0.0.0.0"
