@@ -3,7 +3,7 @@
 #include "platform.h"
 
 // Null in a daemon whose platform has none.
-extern "C" void requestBegins() __attribute__((weak));
+#pragma weak requestBegins
 
 void beginRequest() {
     if (requestBegins != nullptr) requestBegins();

@@ -33,8 +33,9 @@ static bool takeNumber(const char*& line, uint32_t& number) {
     if (isNegative) line++;
     const char* const start = line;
     number = 0;
-    for (unsigned digit; (digit = static_cast<unsigned>(hexDigit(*line))) < Base; line++)
+    for (unsigned digit; (digit = static_cast<unsigned>(hexDigit(*line))) < Base; line++) {
         number = number * Base + digit;
+    }
     if (isNegative) number = 0u - number;
     return line > start && (isBlank(*line) || *line == '\n');
 }

@@ -15,8 +15,8 @@ struct StoreKey {
     StoreType type;
 };
 
-#define QVP_COUNT_KEY(constant, section, name) +1
-constexpr int kStoreKeyCount = 0 QVP_STORE_KEYS(QVP_COUNT_KEY, QVP_COUNT_KEY, QVP_COUNT_KEY, QVP_COUNT_KEY);
+#define QVP_COUNT_KEY(constant, section, name) kPositionOf_##constant,
+enum { QVP_STORE_KEYS(QVP_COUNT_KEY, QVP_COUNT_KEY, QVP_COUNT_KEY, QVP_COUNT_KEY) kStoreKeyCount };
 #undef QVP_COUNT_KEY
 
 // The key's position in the table; -1 for a key that the store does not have, and for a null name.
