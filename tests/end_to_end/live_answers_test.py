@@ -200,11 +200,3 @@ def test_the_zone_again_and_again(tool, camera):
     for number in range(ROUNDS):
         replace(camera.root / "etc/localtime", zone_file(number % 12))
         assert hours_ahead(tool.ask(camera, discovery(camera))) == number % 12
-
-
-def test_a_report_of_a_change(camera, listener, pause):
-    listener.report(camera)
-    pause(camera)
-    replace(camera.store_file, store_named(camera, b"Gate"))
-    camera.signal(signal.SIGALRM)
-    wait_until(lambda: b"Gate" in listener.report(camera), "a report with the new name")
