@@ -3,6 +3,11 @@ set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR mips)
 set(CMAKE_C_COMPILER mips-linux-gnu-gcc)
 set(CMAKE_CXX_COMPILER mips-linux-gnu-g++)
+# A board has little flash: calls go straight to their function and not through a table of addresses, which this
+# architecture pays for with a quarter of the code.
+set(CMAKE_C_FLAGS_INIT "-fno-pie -mno-shared -mplt")
+set(CMAKE_CXX_FLAGS_INIT "-fno-pie -mno-shared -mplt")
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-no-pie")
 set(CMAKE_FIND_ROOT_PATH /usr/mips-linux-gnu)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)

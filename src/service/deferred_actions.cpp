@@ -5,6 +5,7 @@
 #include <string.h>
 
 #include "camera/pending_actions.h"
+#include "camera/request.h"
 #include "platform.h"
 #include "service/service_state.h"
 #include "system/shell.h"
@@ -72,6 +73,7 @@ static constexpr DeferredAction kActions[] = {
 void runDeferredActions() {
     for (const DeferredAction& action : kActions) {
         if (*action.flag == 0) continue;
+        beginRequest();  // the actions before it ran commands
         action.run();
         *action.flag = 0;
     }

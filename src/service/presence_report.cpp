@@ -9,6 +9,7 @@
 #include <sys/time.h>
 
 #include "camera/device.h"
+#include "camera/request.h"
 #include "camera/settings.h"
 #include "platform.h"
 #include "protocol/opcodes.h"
@@ -69,6 +70,7 @@ void sendPresenceReport(int) {
     if (g_nStopRunning || g_nSocket == -1) return;
     int interrupted = errno;
     closeSignalWindow();  // to the end of the handler: nothing interrupts its store accesses either
+    beginRequest();
     memset(g_pGeneralReportBuffer, 0, kReportBufferSize);
     int length = general_report(g_pGeneralReportBuffer, kReportBufferSize);
     if (length >= 1) broadcast(g_pGeneralReportBuffer, length);

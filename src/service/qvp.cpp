@@ -76,9 +76,8 @@ static int allocateBuffers() {
     if (g_pReplyBuffer == nullptr) return fail(254, "allocate reply buffer  failed");
     g_pGeneralReportBuffer = static_cast<uint8_t*>(malloc(kReportBufferSize));
     if (g_pGeneralReportBuffer == nullptr) return fail(268, "allocate general report buffer  failed");
-    g_pSiteSurveyBuffer = static_cast<char*>(malloc(kSiteSurveyBufferSize));
+    g_pSiteSurveyBuffer = static_cast<char*>(calloc(1, kSiteSurveyBufferSize));
     if (g_pSiteSurveyBuffer == nullptr) return fail(287, "allocate sitesurvey buffer  failed");
-    memset(g_pSiteSurveyBuffer, 0, kSiteSurveyBufferSize);
     return 0;
 }
 

@@ -1,6 +1,5 @@
 #include "service/receive_loop.h"
 
-#include <arpa/inet.h>
 #include <errno.h>
 #include <netinet/in.h>
 #include <stddef.h>
@@ -8,6 +7,7 @@
 #include <sys/select.h>
 #include <sys/socket.h>
 
+#include "camera/request.h"
 #include "protocol/opcodes.h"
 #include "protocol/packet_header.h"
 #include "service/deferred_actions.h"
@@ -57,13 +57,21 @@ static void serveCommand(Handler* handler, const uint8_t* request, uint8_t* repl
     runDeferredActions();
 }
 
+static void traceSender(in_addr address) {
+    uint8_t octets[4];
+    memcpy(octets, &address, sizeof octets);
+    traceWords("[QVP][qvp][main][Line: 343]: QVP Client receive command from [", octets[0], ".", octets[1], ".",
+               octets[2], ".", octets[3], "]\n");
+}
+
 static void serveDatagram(uint8_t* received, uint8_t* reply, Sender& sender) {
     memset(received, 0, kDatagramSize);
     ssize_t length =
         recvfrom(g_nSocket, received, kDatagramSize, 0, reinterpret_cast<sockaddr*>(&sender.address), &sender.length);
     // Unsigned, so a failed receive passes; its zeroed buffer names no family.
     if (static_cast<size_t>(length) < sizeof(PacketHeader)) return;
-    traceService("main", 343, "QVP Client receive command from [%s]", inet_ntoa(sender.address.sin_addr));
+    beginRequest();
+    traceSender(sender.address.sin_addr);
     const PacketHeader& header = view<PacketHeader>(static_cast<const uint8_t*>(received));
     const FamilyDispatch* family = findFamily(load(header.protocol));
     if (family == nullptr) return;
@@ -72,8 +80,17 @@ static void serveDatagram(uint8_t* received, uint8_t* reply, Sender& sender) {
     serveCommand(family->find(code), received, reply, sender);
 }
 
-// Waits with the signal window open. Returns what pselect does, and whether the socket is readable. pselect lets no
-// signal through when the socket is readable at once, so the window opens once more: a flood must not hold up a stop.
+// pselect lets no signal through when the socket is readable at once, so in a flood the window opens by itself now and
+// then: it must not hold up a stop.
+static void letSignalsThrough() {
+    constexpr unsigned kDatagramsBetween = 16;
+    static unsigned datagrams;
+    if (++datagrams % kDatagramsBetween != 0) return;
+    openSignalWindow();
+    closeSignalWindow();
+}
+
+// Waits with the signal window open. Returns what pselect does, and whether the socket is readable.
 static int waitForDatagram(bool& readable) {
     fd_set sockets;
     FD_ZERO(&sockets);
@@ -81,8 +98,7 @@ static int waitForDatagram(bool& readable) {
     int result = pselect(g_nSocket + 1, &sockets, nullptr, nullptr, nullptr, windowSignalMask());
     int reason = errno;
     readable = result > 0 && FD_ISSET(g_nSocket, &sockets);
-    openSignalWindow();
-    closeSignalWindow();
+    letSignalsThrough();
     errno = reason;
     return result;
 }

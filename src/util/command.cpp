@@ -10,7 +10,7 @@
 #include "util/validators.h"
 
 void traceHandler(const Family& family, const char* command, int line) {
-    trace("[%s][%s][%s%s][Line: %d]\n", family.tracePrefix, family.source, family.namePrefix, command, line);
+    traceWords(family.traceStart, command, "][Line: ", line, "]\n");
 }
 
 static bool namesThisDevice(const PacketHeader& header) {

@@ -7,14 +7,12 @@
 
 // One of the two command families that share the port and the header.
 struct Family {
-    uint16_t protocol;        // the header's `protocol`
-    const char* tracePrefix;  // of its trace lines
-    const char* source;       // source file in its trace lines
-    const char* namePrefix;   // in front of a command's name in its trace lines
+    uint16_t protocol;       // the header's `protocol`
+    const char* traceStart;  // what stands in front of a command's name in its trace lines
 };
 
-constexpr Family kPrimary{kPrimaryProtocol, "QVP", "qvp_function", ""};
-constexpr Family kLandap{kLandapProtocol, "landap", "landap_function", "landap_"};
+constexpr Family kPrimary{kPrimaryProtocol, "[QVP][qvp_function]["};
+constexpr Family kLandap{kLandapProtocol, "[landap][landap_function][landap_"};
 
 enum class Addressing : uint8_t {
     MacOnly,         // the request names this device's MAC, whatever its `status`

@@ -73,11 +73,12 @@ TEST_F(Stop, IsNotLostWhenItComesJustBeforeTheWait) {
 
 TEST_F(Stop, IsNotHeldUpByDatagramsThatAreThereBeforeEveryWait) {
     fake::beforeWait([] { raise(SIGTERM); });
-    for (int datagram = 0; datagram < 3; ++datagram) fake::deliver(discovery());
+    for (int datagram = 0; datagram < 100; ++datagram) fake::deliver(discovery());
     const DaemonRun run = runDaemon();
     EXPECT_EQ(run.status, 0);
-    EXPECT_THAT(fake::eventsOf({"wait", "recvfrom"}), ElementsAre("wait", "recvfrom 1024"));
-    EXPECT_EQ(fake::sentTo("192.168.0.100:5000").size(), 1u);
+    EXPECT_THAT(run.serviceTrace(), Contains("[QVP][qvp][signal_handler][Line: 86]: Terminated"));
+    EXPECT_LE(fake::eventsOf({"recvfrom"}).size(), 16u);
+    EXPECT_EQ(fake::sentTo("192.168.0.100:5000").size(), fake::eventsOf({"recvfrom"}).size());
 }
 
 TEST_F(Stop, DuringACommandComesOnceItsReplyHasLeft) {

@@ -15,7 +15,7 @@ MAY_INCLUDE = {
     "protocol": set(),
     "platform": set(),
     LINUX: {"platform", f"{LINUX}/common"},
-    f"{LINUX}/common": set(),
+    f"{LINUX}/common": {"platform"},
     f"{LINUX}/network": {"platform", f"{LINUX}/common"},
     f"{LINUX}/store": {"platform", f"{LINUX}/common"},
     f"{LINUX}/time_zone": {"platform", f"{LINUX}/common"},

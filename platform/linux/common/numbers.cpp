@@ -19,10 +19,3 @@ bool parseDecimal(const char* text, size_t length, int64_t lowest, int64_t highe
     number = value;
     return true;
 }
-
-int hexDigit(char letter) {
-    if (letter >= '0' && letter <= '9') return letter - '0';
-    if (letter >= 'A' && letter <= 'F') return letter - 'A' + 10;
-    if (letter >= 'a' && letter <= 'f') return letter - 'a' + 10;
-    return -1;
-}

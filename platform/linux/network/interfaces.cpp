@@ -5,21 +5,23 @@
 #include <string.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include "platform.h"
+
+// Any socket can be asked; it stays open for the next question.
+static int askingSocket() {
+    static int descriptor = -1;
+    if (descriptor < 0) descriptor = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    return descriptor;
+}
 
 // Asks the kernel one thing about the interface; false when there is no such interface, or no answer.
 static bool ask(unsigned long question, const char* interface, ifreq& answer) {
     if (interface == nullptr || strlen(interface) >= IFNAMSIZ) return false;
     memset(&answer, 0, sizeof answer);
     memcpy(answer.ifr_name, interface, strlen(interface));
-    int descriptor = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    if (descriptor < 0) return false;
     // The request's type differs between C libraries; its 32 bits are the same.
-    bool answered = ioctl(descriptor, static_cast<decltype(SIOCGIFADDR)>(question), &answer) == 0;
-    close(descriptor);
-    return answered;
+    return ioctl(askingSocket(), static_cast<decltype(SIOCGIFADDR)>(question), &answer) == 0;
 }
 
 static int askAddress(unsigned long question, const char* interface, uint8_t address[4]) {

@@ -2,6 +2,7 @@
 #include <stdint.h>
 #include <string.h>
 
+#include "common/kept_file.h"
 #include "common/small_file.h"
 #include "network/network_files.h"
 #include "platform.h"
@@ -17,19 +18,38 @@ static bool readNameServer(char* line, uint8_t address[4]) {
     return text != nullptr && inet_pton(AF_INET, text, address) == 1;
 }
 
-int nameServerFromFile(const char* path, int index, uint8_t address[4]) {
+int readNameServers(const char* path, uint8_t (&addresses)[kNameServers][4]) {
     char text[8192];
-    if (address == nullptr || readSmallFile(path, text, sizeof text) < 0) return -1;
+    int count = 0;
+    if (readSmallFile(path, text, sizeof text) < 0) return -1;
     char* rest = nullptr;
-    for (char* line = strtok_r(text, "\n", &rest); line != nullptr; line = strtok_r(nullptr, "\n", &rest)) {
-        uint8_t found[4];
-        if (!readNameServer(line, found) || index-- > 0) continue;
-        memcpy(address, found, sizeof found);
-        return 0;
+    char* line = strtok_r(text, "\n", &rest);
+    for (; line != nullptr && count < kNameServers; line = strtok_r(nullptr, "\n", &rest)) {
+        if (readNameServer(line, addresses[count])) count++;
     }
-    return -1;
+    return count;
 }
 
-int net_get_dns(uint8_t address[4]) { return nameServerFromFile(kResolverFile, 0, address); }
+static KeptFile kept;
+static uint8_t servers[kNameServers][4];
+static int serverCount;
 
-int net_get_dns2(uint8_t address[4]) { return nameServerFromFile(kResolverFile, 1, address); }
+static void readAgain() {
+    struct stat status;
+    const bool exists = stat(kResolverFile, &status) == 0;
+    serverCount = readNameServers(kResolverFile, servers);
+    if (serverCount < 0) return forget(kept);
+    noteRead(kept, exists ? &status : nullptr);
+}
+
+static int give(int index, uint8_t address[4]) {
+    if (address == nullptr) return -1;
+    if (!wasLookedAt(kept) && !isStillSame(kept, kResolverFile)) readAgain();
+    if (index >= serverCount) return -1;
+    memcpy(address, servers[index], sizeof servers[index]);
+    return 0;
+}
+
+int net_get_dns(uint8_t address[4]) { return give(0, address); }
+
+int net_get_dns2(uint8_t address[4]) { return give(1, address); }

@@ -7,6 +7,8 @@
 // -1 with the address untouched.
 int gatewayFromRoutes(const char* path, const char* interface, uint8_t address[4]);
 
-// The IPv4 name server number `index`, from 0, of a file like /etc/resolv.conf; other name servers do not count.
-// Returns 0, or -1 with the address untouched.
-int nameServerFromFile(const char* path, int index, uint8_t address[4]);
+constexpr int kNameServers = 2;
+
+// The first IPv4 name servers of a file like /etc/resolv.conf; others do not count. Returns how many there are, -1 when
+// the file cannot be read.
+int readNameServers(const char* path, uint8_t (&addresses)[kNameServers][4]);

@@ -1,49 +1,123 @@
+#include <errno.h>
+#include <fcntl.h>
 #include <net/route.h>
 #include <stdint.h>
-#include <stdio.h>
 #include <string.h>
+#include <unistd.h>
 
-#include "common/small_file.h"
+#include "common/numbers.h"
+#include "common/slice.h"
 #include "network/network_files.h"
 #include "platform.h"
 
 struct Route {
-    char interface[16];
     uint32_t destination, gateway, mask;  // addresses as they lie in memory, in network order
-    unsigned flags, metric;
+    uint32_t flags, metric;
 };
 
-// Interface, destination, gateway, flags, use counts (2), metric, mask, ...; the kernel prints an address as the
-// hexadecimal number that its four bytes are on this machine, so the number has the right bytes on either byte order.
-static bool readRoute(const char* line, Route& route) {
-    return sscanf(line, "%15s %x %x %x %*s %*s %u %x", route.interface, &route.destination, &route.gateway,
-                  &route.flags, &route.metric, &route.mask) == 6;
+// What reads a line stops at the newline that ends it.
+static bool isBlank(char letter) { return letter == ' ' || letter == '\t'; }
+
+static Slice takeWord(const char*& line) {
+    while (isBlank(*line)) line++;
+    const char* const start = line;
+    while (!isBlank(*line) && *line != '\n') line++;
+    return {start, static_cast<size_t>(line - start)};
 }
 
-static bool isDefaultBy(const Route& route, const char* interface) {
-    constexpr unsigned kWanted = RTF_UP | RTF_GATEWAY;
-    return strcmp(route.interface, interface) == 0 && route.destination == 0 && route.mask == 0 &&
-           (route.flags & kWanted) == kWanted && (route.flags & RTF_REJECT) == 0;
-}
-
-int gatewayFromRoutes(const char* path, const char* interface, uint8_t address[4]) {
-    static char table[16384];
-    if (interface == nullptr || address == nullptr || readSmallFile(path, table, sizeof table) < 0) return -1;
-    Route best = {};
-    bool found = false;
-    char* rest = nullptr;
-    for (char* line = strtok_r(table, "\n", &rest); line != nullptr; line = strtok_r(nullptr, "\n", &rest)) {
-        Route route;
-        if (!readRoute(line, route) || !isDefaultBy(route, interface)) continue;
-        if (found && route.metric >= best.metric) continue;
-        best = route;
-        found = true;
+// A metric beyond the signed numbers is printed as a negative one.
+template <unsigned Base>
+static bool takeNumber(const char*& line, uint32_t& number) {
+    while (isBlank(*line)) line++;
+    const bool isNegative = *line == '-';
+    if (isNegative) line++;
+    const char* const start = line;
+    number = 0;
+    for (unsigned digit; (digit = static_cast<unsigned>(hexDigit(*line))) < Base; line++) {
+        number = number * Base + digit;
     }
-    if (!found) return -1;
-    memcpy(address, &best.gateway, sizeof best.gateway);
+    if (isNegative) number = 0u - number;
+    return line > start && (isBlank(*line) || *line == '\n');
+}
+
+// Behind the interface: destination, gateway, flags, use counts (2), metric, mask, ...; the kernel prints an address as
+// the hexadecimal number that its four bytes are on this machine, so the number has the right bytes on either byte
+// order.
+static bool takeRoute(const char* line, Route& route) {
+    uint32_t unused = 0;
+    return takeNumber<16>(line, route.destination) && takeNumber<16>(line, route.gateway) &&
+           takeNumber<16>(line, route.flags) && takeNumber<10>(line, unused) && takeNumber<10>(line, unused) &&
+           takeNumber<10>(line, route.metric) && takeNumber<16>(line, route.mask);
+}
+
+static bool isDefault(const Route& route) {
+    constexpr uint32_t kWanted = RTF_UP | RTF_GATEWAY;
+    return route.destination == 0 && route.mask == 0 && (route.flags & kWanted) == kWanted &&
+           (route.flags & RTF_REJECT) == 0;
+}
+
+// The best of those seen so far, if any.
+struct Choice {
+    bool found;
+    Route route;
+};
+
+// Looks at the table's whole lines. Returns how many bytes they have.
+static size_t chooseAmong(Slice table, const char* interface, Choice& best) {
+    size_t taken = 0;
+    while (taken < table.length) {
+        const char* line = table.text + taken;
+        const char* newline = static_cast<const char*>(memchr(line, '\n', table.length - taken));
+        if (newline == nullptr) break;
+        taken += static_cast<size_t>(newline - line) + 1;
+        Route route;
+        if (!sliceEquals(takeWord(line), interface) || !takeRoute(line, route) || !isDefault(route)) continue;
+        if (!best.found || route.metric < best.route.metric) best = {true, route};
+    }
+    return taken;
+}
+
+static ssize_t readAt(int descriptor, off_t position, char* bytes, size_t capacity) {
+    ssize_t count;
+    do {
+        count = pread(descriptor, bytes, capacity, position);
+    } while (count < 0 && errno == EINTR);
+    return count;
+}
+
+// The kernel hands out whole lines of 128 bytes, as many as a page holds: a piece that leaves room for another is the
+// last one.
+static bool findGateway(int descriptor, const char* interface, Choice& best) {
+    constexpr size_t kAlmostAPage = 4096 - 2 * 128;
+    char piece[4096];
+    off_t position = 0;
+    for (;;) {
+        const ssize_t count = readAt(descriptor, position, piece, sizeof piece);
+        if (count < 0) return false;
+        const size_t taken = chooseAmong({piece, static_cast<size_t>(count)}, interface, best);
+        position += static_cast<off_t>(taken);
+        if (taken == 0 || static_cast<size_t>(count) < kAlmostAPage) return best.found;
+    }
+}
+
+static int gatewayFrom(int descriptor, const char* interface, uint8_t address[4]) {
+    Choice best = {};
+    if (interface == nullptr || address == nullptr || !findGateway(descriptor, interface, best)) return -1;
+    memcpy(address, &best.route.gateway, sizeof best.route.gateway);
     return 0;
 }
 
+int gatewayFromRoutes(const char* path, const char* interface, uint8_t address[4]) {
+    const int descriptor = open(path, O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) return -1;
+    const int result = gatewayFrom(descriptor, interface, address);
+    close(descriptor);
+    return result;
+}
+
+// The table stays open: the kernel makes it anew for every read from its start.
 int net_get_gateway(const char* interface, uint8_t address[4]) {
-    return gatewayFromRoutes("/proc/net/route", interface, address);
+    static int descriptor = -1;
+    if (descriptor < 0) descriptor = open("/proc/net/route", O_RDONLY | O_CLOEXEC);
+    return gatewayFrom(descriptor, interface, address);
 }

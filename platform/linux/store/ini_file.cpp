@@ -6,6 +6,11 @@
 
 #include "common/small_file.h"
 
+IniText& iniScratch() {
+    static IniText scratch;
+    return scratch;
+}
+
 int iniRead(int descriptor, IniText& text) {
     ssize_t length = readUpTo(descriptor, text.bytes, sizeof text.bytes);
     text.length = length > 0 ? static_cast<size_t>(length) : 0;
@@ -62,10 +67,6 @@ bool iniTakeLine(const IniText& text, const char* start, IniLine& line) {
         takeField(content, line);
     }
     return true;
-}
-
-bool sliceEquals(Slice slice, const char* text) {
-    return slice.length == strlen(text) && memcmp(slice.text, text, slice.length) == 0;
 }
 
 // Where a field stands, or where it would go.

@@ -4,17 +4,13 @@
 
 #include <stddef.h>
 
+#include "common/slice.h"
+
 constexpr size_t kIniCapacity = 64 * 1024;
 
 // A whole file. A length above kIniCapacity marks one that did not fit.
 struct IniText {
     char bytes[kIniCapacity + 1];
-    size_t length;
-};
-
-// A piece of an IniText; not NUL-terminated.
-struct Slice {
-    const char* text;
     size_t length;
 };
 
@@ -27,6 +23,9 @@ struct IniLine {
     const char* next;  // where the next line starts
 };
 
+// Room for one more file, for whoever works on one now: it does not outlast his function.
+IniText& iniScratch();
+
 // Fills `text` from the descriptor. Returns 0, or -1 with errno set, EFBIG when the file does not fit.
 int iniRead(int descriptor, IniText& text);
 
@@ -35,8 +34,6 @@ const char* iniFirstLine(const IniText& text);
 
 // Takes the line that starts at `start` apart; false at the end of the text.
 bool iniTakeLine(const IniText& text, const char* start, IniLine& line);
-
-bool sliceEquals(Slice slice, const char* text);
 
 // Finds the first field of that name in the section; false when there is none.
 bool iniFind(const IniText& text, const char* section, const char* name, Slice& value);

@@ -10,12 +10,10 @@
 #include "platform.h"
 #include "store/ini_file.h"
 
-static IniText listed;
-
-static bool readFile(const char* path) {
+static bool readFile(const char* path, IniText& text) {
     int descriptor = path != nullptr ? open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK) : -1;
     if (descriptor < 0) return false;
-    int result = iniRead(descriptor, listed);
+    int result = iniRead(descriptor, text);
     if (result != 0) complain("cannot read %s: %s", path, strerror(errno));
     close(descriptor);
     return result == 0;
@@ -39,9 +37,10 @@ static void appendName(ListNode*& list, Slice name) {
 
 ListNode* CfgEnumSec(const char* file) {
     ListNode* list = nullptr;
-    if (!readFile(file)) return nullptr;
+    IniText& text = iniScratch();
+    if (!readFile(file, text)) return nullptr;
     IniLine line;
-    for (const char* start = iniFirstLine(listed); iniTakeLine(listed, start, line); start = line.next) {
+    for (const char* start = iniFirstLine(text); iniTakeLine(text, start, line); start = line.next) {
         if (line.kind == IniKind::Section) appendName(list, line.name);
     }
     return list;
@@ -49,10 +48,11 @@ ListNode* CfgEnumSec(const char* file) {
 
 ListNode* CfgEnumField(const char* file, const char* section) {
     ListNode* list = nullptr;
-    if (section == nullptr || !readFile(file)) return nullptr;
+    IniText& text = iniScratch();
+    if (section == nullptr || !readFile(file, text)) return nullptr;
     bool inside = false;
     IniLine line;
-    for (const char* start = iniFirstLine(listed); iniTakeLine(listed, start, line); start = line.next) {
+    for (const char* start = iniFirstLine(text); iniTakeLine(text, start, line); start = line.next) {
         if (line.kind == IniKind::Section) inside = sliceEquals(line.name, section);
         if (inside && line.kind == IniKind::Field) appendName(list, line.name);
     }

@@ -4,6 +4,9 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "common/slice.h"
+#include "store_keys.h"
+
 enum class StoreType : uint8_t { Text, Int32, Uint16, Flag };
 
 struct StoreKey {
@@ -12,5 +15,12 @@ struct StoreKey {
     StoreType type;
 };
 
-// Null for a key that the store does not have, and for a null name.
-const StoreKey* findStoreKey(const char* section, const char* name);
+#define QVP_COUNT_KEY(constant, section, name) kPositionOf_##constant,
+enum { QVP_STORE_KEYS(QVP_COUNT_KEY, QVP_COUNT_KEY, QVP_COUNT_KEY, QVP_COUNT_KEY) kStoreKeyCount };
+#undef QVP_COUNT_KEY
+
+// The key's position in the table; -1 for a key that the store does not have, and for a null name.
+int storeKeyNumber(const char* section, const char* name);
+int storeKeyNumber(Slice section, Slice name);
+
+const StoreKey& storeKey(int number);

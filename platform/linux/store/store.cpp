@@ -3,7 +3,6 @@
 #include <string.h>
 
 #include "common/complain.h"
-#include "common/numbers.h"
 #include "platform.h"
 #include "store/ini_file.h"
 #include "store/ini_value.h"
@@ -12,38 +11,46 @@
 
 // The caller's variable may lie anywhere, at odd addresses too.
 template <typename Number>
-static int giveNumber(const char* text, long length, int64_t lowest, int64_t highest, void* out) {
-    int64_t wide;
-    if (length > static_cast<long>(kMostText)) return -1;
-    if (!parseDecimal(text, static_cast<size_t>(length), lowest, highest, wide)) return -1;
-    Number number = static_cast<Number>(wide);
+static int giveNumber(const StoredValue& value, void* out) {
+    const Number number = static_cast<Number>(value.number);
     memcpy(out, &number, sizeof number);
     return 0;
 }
 
-static int giveValue(StoreType type, const char* text, long length, void* out) {
-    switch (type) {
-        case StoreType::Int32:
-            return giveNumber<int32_t>(text, length, INT32_MIN, INT32_MAX, out);
-        case StoreType::Uint16:
-            return giveNumber<uint16_t>(text, length, 0, UINT16_MAX, out);
-        case StoreType::Flag:
-            return giveNumber<uint8_t>(text, length, 0, UINT8_MAX, out);
-        case StoreType::Text:
-            memcpy(out, text, strlen(text) + 1);
-    }
+static int giveText(const char* text, size_t length, char* out) {
+    memcpy(out, text, length);
+    out[length] = '\0';
     return 0;
 }
 
-int cfgRead(const char* section, const char* key, void* out) {
-    const StoreKey* known = findStoreKey(section, key);
-    if (known == nullptr || out == nullptr) return -1;
-    const IniText* stored = storeLoad();
-    Slice value;
+static int giveQuoted(const StoredValue& value, char* out) {
     char text[kMostText + 1];
-    if (stored == nullptr || !iniFind(*stored, section, key, value)) return -1;
-    long length = iniDecode(value, text);
-    return length < 0 ? -1 : giveValue(known->type, text, length, out);
+    iniDecode(value.text, text);
+    return giveText(text, strlen(text), out);
+}
+
+static int give(const StoredValue& value, void* out) {
+    switch (value.kind) {
+        case StoredValue::Kind::Int32:
+            return giveNumber<int32_t>(value, out);
+        case StoredValue::Kind::Uint16:
+            return giveNumber<uint16_t>(value, out);
+        case StoredValue::Kind::Flag:
+            return giveNumber<uint8_t>(value, out);
+        case StoredValue::Kind::Plain:
+            return giveText(value.text.text, value.text.length, static_cast<char*>(out));
+        case StoredValue::Kind::Quoted:
+            return giveQuoted(value, static_cast<char*>(out));
+        case StoredValue::Kind::Missing:
+            break;
+    }
+    return -1;
+}
+
+int cfgRead(const char* section, const char* key, void* out) {
+    const int number = storeKeyNumber(section, key);
+    const StoredValues* stored = number >= 0 && out != nullptr ? storeLoad() : nullptr;
+    return stored != nullptr ? give(stored->values[number], out) : -1;
 }
 
 template <typename Number>
@@ -73,12 +80,12 @@ static bool takeValue(StoreType type, const void* value, char encoded[kMostIniVa
 
 int cfgWrite(const char* section, const char* key, const void* value, int) {
     char encoded[kMostIniValue + 1];
-    const StoreKey* known = findStoreKey(section, key);
-    if (known == nullptr || value == nullptr) {
+    const int number = storeKeyNumber(section, key);
+    if (number < 0 || value == nullptr) {
         complain("the store has no key %s/%s", section != nullptr ? section : "", key != nullptr ? key : "");
         return -1;
     }
-    if (!takeValue(known->type, value, encoded)) {
+    if (!takeValue(storeKey(number).type, value, encoded)) {
         complain("text for %s/%s refused: longer than %zu bytes", section, key, kMostText);
         return -1;
     }

@@ -9,13 +9,17 @@
 #include <unistd.h>
 
 #include "common/complain.h"
+#include "common/kept_file.h"
 #include "common/small_file.h"
 #include "store/store_folder.h"
 
 static constexpr int kMostAttempts = 16;
 
 static IniText stored;
-static IniText changed;
+
+// What was read into `stored` last, and which file it was.
+static StoredValues values;
+static KeptFile kept;
 
 // A file in its state when it was read, to see whether it is still that.
 struct FileState {
@@ -53,11 +57,20 @@ static int readRegularFile(int descriptor, IniText& text, struct stat& status) {
     return iniRead(descriptor, text);
 }
 
-const IniText* storeLoad() {
+static int readStore() {
     struct stat status;
     int descriptor = open(storePath(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (descriptor < 0) return nullptr;
-    return closeKeepingErrno(descriptor, readRegularFile(descriptor, stored, status)) == 0 ? &stored : nullptr;
+    if (descriptor < 0) return -1;
+    if (closeKeepingErrno(descriptor, readRegularFile(descriptor, stored, status)) != 0) return -1;
+    takeValues(stored, values);
+    noteRead(kept, &status);
+    return 0;
+}
+
+const StoredValues* storeLoad() {
+    if (wasLookedAt(kept) || isStillSame(kept, storePath()) || readStore() == 0) return &values;
+    forget(kept);
+    return nullptr;
 }
 
 // A store that is not there yet is an empty one.
@@ -130,6 +143,8 @@ static int makePermanent(const StoreFolder& folder) {
 
 static int changeOnce(const StoreFolder& folder, const char* section, const char* name, const char* value) {
     FileState before;
+    IniText& changed = iniScratch();
+    forget(kept);
     if (loadForChange(folder, stored, before) != 0) return -1;
     if (iniChange(stored, section, name, value, changed) != 0) return -1;
     bool same = stored.length == changed.length && memcmp(stored.bytes, changed.bytes, changed.length) == 0;

@@ -196,8 +196,16 @@ int timeZoneCount() { return kCount; }
 const TimeZone* timeZoneAt(int row) { return row >= 0 && row < kCount ? &kTimeZones[row] : nullptr; }
 
 const TimeZone* findTimeZone(int id) {
-    for (const TimeZone& zone : kTimeZones) {
-        if (zone.id == id) return &zone;
+    int first = 0;
+    int end = kCount;
+    while (first < end) {
+        const int middle = (first + end) / 2;
+        if (kTimeZones[middle].id == id) return &kTimeZones[middle];
+        if (kTimeZones[middle].id < id) {
+            first = middle + 1;
+        } else {
+            end = middle;
+        }
     }
     return nullptr;
 }

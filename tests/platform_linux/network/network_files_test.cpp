@@ -62,6 +62,26 @@ TEST(Gateway, IsTheBestDefaultRoutesOfTheInterface) {
     }
 }
 
+// The kernel prints it as the signed number that it is not.
+TEST(Gateway, MayHaveAMetricBeyondTheSignedNumbers) {
+    const std::string worst = route("eth0", kAny, {192, 168, 1, 9}, "0003", -1, kAny);
+    const std::string better = route("eth0", kAny, {192, 168, 1, 8}, "0003", -2, kAny);
+    const std::string best = route("eth0", kAny, {192, 168, 1, 7}, "0003", 2147483647, kAny);
+    EXPECT_EQ(gatewayFrom(kRouteHeading + worst, "eth0"), (Bytes4{192, 168, 1, 9}));
+    EXPECT_EQ(gatewayFrom(kRouteHeading + worst + better, "eth0"), (Bytes4{192, 168, 1, 8}));
+    EXPECT_EQ(gatewayFrom(kRouteHeading + worst + best + better, "eth0"), (Bytes4{192, 168, 1, 7}));
+}
+
+TEST(Gateway, IsFoundAnywhereInALongTable) {
+    const std::string wanted = route("eth0", kAny, {192, 168, 1, 1}, "0003", 0, kAny);
+    std::string others;
+    for (int number = 0; number < 400; number++) {
+        EXPECT_EQ(gatewayFrom(kRouteHeading + others + wanted + others, "eth0"), (Bytes4{192, 168, 1, 1})) << number;
+        others += route("eth0", {10, 0, 0, static_cast<uint8_t>(number)}, kAny, "0005", number, {255, 255, 255, 255});
+    }
+    EXPECT_EQ(gatewayFrom(kRouteHeading + others, "eth0"), std::nullopt);
+}
+
 TEST(Gateway, IsNoneWhereTheFileTellsNone) {
     for (const std::string& routes : {std::string(), kRouteHeading, std::string("eth0\n\neth0 0 0\n\xFF")}) {
         EXPECT_EQ(gatewayFrom(routes, "eth0"), std::nullopt);
@@ -76,11 +96,10 @@ TEST(Gateway, IsNoneWhereTheFileTellsNone) {
 static Address nameServer(const std::string& file, int index) {
     TemporaryFolder folder;
     writeFile(folder / "resolv.conf", file);
-    Bytes4 address = {9, 8, 7, 6};
-    const std::string path = (folder / "resolv.conf").string();
-    if (nameServerFromFile(path.c_str(), index, address.data()) == 0) return address;
-    EXPECT_EQ(address, (Bytes4{9, 8, 7, 6}));
-    return std::nullopt;
+    uint8_t servers[kNameServers][4];
+    const int count = readNameServers((folder / "resolv.conf").c_str(), servers);
+    if (index >= count) return std::nullopt;
+    return Bytes4{servers[index][0], servers[index][1], servers[index][2], servers[index][3]};
 }
 
 TEST(NameServers, AreTheFirstTwoWithIpv4) {
@@ -104,8 +123,8 @@ TEST(NameServers, AreTheFirstTwoWithIpv4) {
         EXPECT_EQ(nameServer(row.file, 0), row.first) << row.file;
         EXPECT_EQ(nameServer(row.file, 1), row.second) << row.file;
     }
-    Bytes4 address = {};
-    EXPECT_EQ(nameServerFromFile("/nowhere/resolv.conf", 0, address.data()), -1);
+    uint8_t servers[kNameServers][4];
+    EXPECT_EQ(readNameServers("/nowhere/resolv.conf", servers), -1);
     EXPECT_EQ(net_get_dns(nullptr), -1);
     EXPECT_EQ(net_get_dns2(nullptr), -1);
 }
@@ -115,6 +134,7 @@ TEST(NameServers, AreThoseOfTheSystem) {
     writeFile(etc / "resolv.conf", "nameserver 192.0.2.1\nnameserver 192.0.2.2\n");
     if (!withPrivateEtc(etc.path(), [] {
             Bytes4 first = {}, second = {};
+            requestBegins();
             EXPECT_EQ(net_get_dns(first.data()), 0);
             EXPECT_EQ(net_get_dns2(second.data()), 0);
             EXPECT_EQ(first, (Bytes4{192, 0, 2, 1}));

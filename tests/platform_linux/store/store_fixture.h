@@ -26,12 +26,13 @@ protected:
     TemporaryFolder folder;
 };
 
-// What cfgRead gives; nothing when it answers -1, which must leave the target as it was.
+// What cfgRead gives to a new request; nothing when it answers -1, which must leave the target as it was.
 std::optional<std::string> storedText(const char* section, const char* key);
 template <typename Number>
 std::optional<Number> storedNumber(const char* section, const char* key) {
     constexpr Number kBefore = static_cast<Number>(0xA5);
     Number number = kBefore;
+    requestBegins();
     if (cfgRead(section, key, &number) == 0) return number;
     EXPECT_EQ(number, kBefore);
     return std::nullopt;

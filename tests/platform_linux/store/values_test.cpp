@@ -85,6 +85,7 @@ static const KeyRow kKeys[] = {
 static std::string bytesRead(const KeyRow& row) {
     char target[8];
     memset(target, 0x77, sizeof target);
+    requestBegins();
     EXPECT_EQ(cfgRead(row.section, row.key, target), 0) << row.section << "/" << row.key;
     return {target, sizeof target};
 }

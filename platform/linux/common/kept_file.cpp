@@ -1,0 +1,56 @@
+#include "common/kept_file.h"
+
+#include <time.h>
+
+#include "platform.h"
+
+// File systems count the time of a change in ticks, some in steps of two seconds: a second change within one step
+// leaves the same times. So a content is trusted only if it was read when no such change could come any more.
+static constexpr int64_t kSettledAfter = 3000;
+
+uint32_t requestNumber;
+
+void requestBegins() {
+    requestNumber++;
+    if (requestNumber == 0) requestNumber = 1;
+}
+
+static int64_t milliseconds() {
+    timespec now = {};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<int64_t>(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
+}
+
+static bool isSameTime(const timespec& one, const timespec& other) {
+    return one.tv_sec == other.tv_sec && one.tv_nsec == other.tv_nsec;
+}
+
+static bool isSameState(const KeptFile& file, const struct stat* status) {
+    if (!file.wasRead || file.exists != (status != nullptr)) return false;
+    if (status == nullptr) return true;
+    const struct stat& known = file.status;
+    return known.st_ino == status->st_ino && known.st_dev == status->st_dev && known.st_size == status->st_size &&
+           isSameTime(known.st_mtim, status->st_mtim) && isSameTime(known.st_ctim, status->st_ctim);
+}
+
+static bool isSettled(const KeptFile& file) { return !file.exists || file.readAt - file.firstSeen >= kSettledAfter; }
+
+bool isStillSame(KeptFile& file, const char* path) {
+    struct stat status;
+    if (!file.wasRead || !isSettled(file)) return false;
+    if (!isSameState(file, stat(path, &status) == 0 ? &status : nullptr)) return false;
+    file.lookedAtIn = requestNumber;
+    return true;
+}
+
+void noteRead(KeptFile& file, const struct stat* status) {
+    const int64_t now = milliseconds();
+    if (!isSameState(file, status)) file.firstSeen = now;
+    file.wasRead = requestNumber != 0;
+    file.exists = status != nullptr;
+    if (status != nullptr) file.status = *status;
+    file.readAt = now;
+    file.lookedAtIn = requestNumber;
+}
+
+void forget(KeptFile& file) { file = {}; }

@@ -1,0 +1,14 @@
+// A piece of a text.
+#pragma once
+
+#include <stddef.h>
+#include <string.h>
+
+struct Slice {
+    const char* text;  // not NUL-terminated
+    size_t length;
+};
+
+inline bool sliceEquals(Slice slice, const char* text) {
+    return strncmp(text, slice.text, slice.length) == 0 && text[slice.length] == '\0';
+}

@@ -1,0 +1,10 @@
+#include "camera/request.h"
+
+#include "platform.h"
+
+// Null in a daemon whose platform has none.
+#pragma weak requestBegins
+
+void beginRequest() {
+    if (requestBegins != nullptr) requestBegins();
+}
