@@ -11,6 +11,16 @@ REQUEST = {
 # Bytes.
 SIZE = {"bss": 160 * 1024, "mips_stripped": 60_000}
 
+# What is not met yet is held at what it is, so that it grows no further.
+HELD = {
+    "supported functions: calls": 6.2,  # the window for signals: two calls for sixteen datagrams
+    "alert information: calls": 6.2,
+    "discovery: calls": 12.2,
+    "discovery: instructions": 6_000,
+    "discovery, landap: instructions": 6_000,
+    "stripped for MIPS, bytes": 77_000,
+}
+
 # Shown only.
 MEMORY = {"private_dirty": 120 * 1024, "resident": 1_600 * 1024}
 START_MILLISECONDS = 2

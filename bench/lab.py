@@ -118,16 +118,17 @@ class Server:
     """How a server is started, and the requests that it is measured with."""
 
     def __init__(self, command, port, requests, environment=None, before_start=None, on_start=None,
-                 pid_file=None, is_right=None):
+                 pid_file=None, is_right=None, settles=0):
         self.command, self.port, self.environment = [str(word) for word in command], port, environment
         self.requests = [request.hex() for request in requests]
         self.before_start = before_start or (lambda: None)
         self.on_start = on_start or (lambda: None)  # between the start and the first request
         self.pid_file = pid_file  # of one that goes to the background
         self.is_right = is_right or (lambda reply: True)
+        self.settles = settles  # seconds until it keeps what it has read
 
     def start(self, prefix=()):
-        """Returns once the server has answered exactly one request."""
+        """Returns once the server has answered its first request, and another when it has settled."""
         self.before_start()
         pid = start_process([*prefix, *self.command], "server", self.environment)
         process = Process(self._background_process(pid) if self.pid_file else pid)
@@ -135,6 +136,9 @@ class Server:
         self.first_reply = self._ask_until_answered(process)
         if not self.is_right(self.first_reply):
             raise RuntimeError(f"another answer than is to be measured: {self.first_reply.hex()}")
+        if self.settles:
+            time.sleep(self.settles)
+            self._ask_until_answered(process)
         return process
 
     def _background_process(self, started):

@@ -9,6 +9,7 @@ import datagrams
 from lab import BUILD, INTERFACE, SERVER_ADDRESS, STATE, TREE, Server, wait_until
 
 FLOOR_PORT = 9
+DAEMON_SETTLES = 3.2  # a file that was changed less than three seconds ago is read anew by every request
 PEERS = TREE / "build/bench/peers/usr/sbin"
 DISCOVERY_BYTES = 505
 
@@ -56,7 +57,7 @@ def daemon(*requests, folder=STATE / "camera", store_size=0, status=datagrams.DO
     environment = {"QVP_STORE": str(folder / "camera.ini"), "QVP_SYSINFO": str(folder / "sysinfo")}
     return Server([BUILD / "qvp", INTERFACE], datagrams.PORT, requests, environment,
                   before_start=lambda: make_store(folder, store_size),
-                  is_right=lambda reply: datagrams.status(reply) == status)
+                  is_right=lambda reply: datagrams.status(reply) == status, settles=DAEMON_SETTLES)
 
 
 def daemon_rows():
