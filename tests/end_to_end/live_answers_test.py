@@ -118,6 +118,14 @@ def test_the_store_again_and_again(tool, camera, write):
         assert text_at(tool.ask(camera, discovery(camera)), NAME) == name
 
 
+def test_a_report(tool, listener, camera):
+    listener.report(camera)  # of its start
+    rest(tool, camera)
+    replace(camera.store_file, store_named(camera, b"Gate"))
+    camera.signal(signal.SIGALRM)
+    assert text_at(listener.report(camera), 220) == b"Gate"
+
+
 def test_a_store_whose_writer_hides_the_time(tool, camera):
     rest(tool, camera)
     known = camera.store_file.stat()
