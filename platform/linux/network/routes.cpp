@@ -11,7 +11,7 @@
 #include "platform.h"
 
 struct Route {
-    uint32_t destination, gateway, mask;  // addresses as they lie in memory, in network order
+    uint32_t gateway, mask;  // addresses as they lie in memory, in network order
     uint32_t flags, metric;
 };
 
@@ -42,18 +42,17 @@ static bool takeNumber(const char*& line, uint32_t& number) {
 
 // Behind the interface: destination, gateway, flags, use counts (2), metric, mask, ...; the kernel prints an address as
 // the hexadecimal number that its four bytes are on this machine, so the number has the right bytes on either byte
-// order.
-static bool takeRoute(const char* line, Route& route) {
-    uint32_t unused = 0;
-    return takeNumber<16>(line, route.destination) && takeNumber<16>(line, route.gateway) &&
+// order. Most routes lead to some network of their own, and are done with behind that.
+static bool takeRouteToAll(const char* line, Route& route) {
+    uint32_t destination = 0, unused = 0;
+    return takeNumber<16>(line, destination) && destination == 0 && takeNumber<16>(line, route.gateway) &&
            takeNumber<16>(line, route.flags) && takeNumber<10>(line, unused) && takeNumber<10>(line, unused) &&
            takeNumber<10>(line, route.metric) && takeNumber<16>(line, route.mask);
 }
 
 static bool isDefault(const Route& route) {
     constexpr uint32_t kWanted = RTF_UP | RTF_GATEWAY;
-    return route.destination == 0 && route.mask == 0 && (route.flags & kWanted) == kWanted &&
-           (route.flags & RTF_REJECT) == 0;
+    return route.mask == 0 && (route.flags & kWanted) == kWanted && (route.flags & RTF_REJECT) == 0;
 }
 
 // The best of those seen so far, if any.
@@ -71,7 +70,7 @@ static size_t chooseAmong(Slice table, const char* interface, Choice& best) {
         if (newline == nullptr) break;
         taken += static_cast<size_t>(newline - line) + 1;
         Route route;
-        if (!sliceEquals(takeWord(line), interface) || !takeRoute(line, route) || !isDefault(route)) continue;
+        if (!sliceEquals(takeWord(line), interface) || !takeRouteToAll(line, route) || !isDefault(route)) continue;
         if (!best.found || route.metric < best.route.metric) best = {true, route};
     }
     return taken;
