@@ -1,5 +1,6 @@
 // The daemon: start-up, the receive loop, orderly shutdown.
 #include <arpa/inet.h>
+#include <malloc.h>
 #include <net/if.h>
 #include <netinet/in.h>
 #include <signal.h>
@@ -69,6 +70,15 @@ static int bindSocket() {
     return 0;
 }
 
+// Where the C library can: gives blocks as large as the site survey's pages of their own, which take no memory before
+// there is a list in them.
+static void setLargeBlocksApart() {
+#ifdef M_MMAP_THRESHOLD
+    mallopt(M_TOP_PAD, 0);
+    mallopt(M_MMAP_THRESHOLD, kSiteSurveyBufferSize);
+#endif
+}
+
 static int allocateBuffers() {
     g_pReceiveBuffer = static_cast<uint8_t*>(malloc(kDatagramSize));
     if (g_pReceiveBuffer == nullptr) return fail(245, "allocate recv buffer  failed");
@@ -93,6 +103,7 @@ static void freeBuffers() {
 }
 
 static int openService(const char* interfaceName) {
+    setLargeBlocksApart();
     g_nSocket = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, IPPROTO_UDP);
     if (g_nSocket < 0 || g_nSocket >= FD_SETSIZE) return fail(183, "create socket failed");
     if (initFamilies(interfaceName) != 0) return -1;

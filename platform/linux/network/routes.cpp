@@ -1,5 +1,6 @@
 #include <errno.h>
 #include <fcntl.h>
+#include <net/if.h>
 #include <net/route.h>
 #include <stdint.h>
 #include <string.h>
@@ -11,7 +12,7 @@
 #include "platform.h"
 
 struct Route {
-    uint32_t gateway, mask;  // addresses as they lie in memory, in network order
+    uint32_t gateway;  // as it lies in memory, in network order
     uint32_t flags, metric;
 };
 
@@ -40,19 +41,26 @@ static bool takeNumber(const char*& line, uint32_t& number) {
     return line > start && (isBlank(*line) || *line == '\n');
 }
 
+static bool takeZero(const char*& line) {
+    while (isBlank(*line)) line++;
+    const char* const start = line;
+    while (*line == '0') line++;
+    return line > start && (isBlank(*line) || *line == '\n');
+}
+
 // Behind the interface: destination, gateway, flags, use counts (2), metric, mask, ...; the kernel prints an address as
 // the hexadecimal number that its four bytes are on this machine, so the number has the right bytes on either byte
 // order. Most routes lead to some network of their own, and are done with behind that.
 static bool takeRouteToAll(const char* line, Route& route) {
-    uint32_t destination = 0, unused = 0;
-    return takeNumber<16>(line, destination) && destination == 0 && takeNumber<16>(line, route.gateway) &&
-           takeNumber<16>(line, route.flags) && takeNumber<10>(line, unused) && takeNumber<10>(line, unused) &&
-           takeNumber<10>(line, route.metric) && takeNumber<16>(line, route.mask);
+    uint32_t unused = 0;
+    return takeZero(line) && takeNumber<16>(line, route.gateway) && takeNumber<16>(line, route.flags) &&
+           takeNumber<10>(line, unused) && takeNumber<10>(line, unused) && takeNumber<10>(line, route.metric) &&
+           takeZero(line);
 }
 
 static bool isDefault(const Route& route) {
     constexpr uint32_t kWanted = RTF_UP | RTF_GATEWAY;
-    return route.mask == 0 && (route.flags & kWanted) == kWanted && (route.flags & RTF_REJECT) == 0;
+    return (route.flags & kWanted) == kWanted && (route.flags & RTF_REJECT) == 0;
 }
 
 // The best of those seen so far, if any.
@@ -86,22 +94,54 @@ static ssize_t readAt(int descriptor, off_t position, char* bytes, size_t capaci
 
 // The kernel hands out whole lines of 128 bytes, as many as a page holds: a piece that leaves room for another is the
 // last one.
-static bool findGateway(int descriptor, const char* interface, Choice& best) {
-    constexpr size_t kAlmostAPage = 4096 - 2 * 128;
-    char piece[4096];
+constexpr size_t kPiece = 4096;
+constexpr size_t kAlmostAPiece = kPiece - 2 * 128;
+
+// A table of one piece, and what was found in it. Mostly the next one has the same bytes.
+static struct {
+    char interface[IFNAMSIZ];
+    char bytes[kAlmostAPiece];
+    size_t length;
+    Choice best;
+} g_known;
+
+static bool isKnown(Slice table, const char* interface) {
+    return g_known.length == table.length && memcmp(g_known.bytes, table.text, table.length) == 0 &&
+           strcmp(g_known.interface, interface) == 0;
+}
+
+static Choice chooseFromWhole(Slice table, const char* interface) {
+    if (isKnown(table, interface)) return g_known.best;
+    Choice best = {};
+    chooseAmong(table, interface, best);
+    if (strlen(interface) >= sizeof g_known.interface) return best;
+    strcpy(g_known.interface, interface);
+    memcpy(g_known.bytes, table.text, table.length);
+    g_known.length = table.length;
+    g_known.best = best;
+    return best;
+}
+
+static Choice chooseGateway(int descriptor, const char* interface) {
+    char piece[kPiece];
+    Choice best = {};
     off_t position = 0;
     for (;;) {
         const ssize_t count = readAt(descriptor, position, piece, sizeof piece);
-        if (count < 0) return false;
-        const size_t taken = chooseAmong({piece, static_cast<size_t>(count)}, interface, best);
+        if (count < 0) return {};
+        const Slice table = {piece, static_cast<size_t>(count)};
+        const bool isLast = table.length < kAlmostAPiece;
+        if (isLast && position == 0) return chooseFromWhole(table, interface);
+        const size_t taken = chooseAmong(table, interface, best);
         position += static_cast<off_t>(taken);
-        if (taken == 0 || static_cast<size_t>(count) < kAlmostAPage) return best.found;
+        if (taken == 0 || isLast) return best;
     }
 }
 
 static int gatewayFrom(int descriptor, const char* interface, uint8_t address[4]) {
-    Choice best = {};
-    if (interface == nullptr || address == nullptr || !findGateway(descriptor, interface, best)) return -1;
+    if (interface == nullptr || address == nullptr) return -1;
+    const Choice best = chooseGateway(descriptor, interface);
+    if (!best.found) return -1;
     memcpy(address, &best.route.gateway, sizeof best.route.gateway);
     return 0;
 }

@@ -69,39 +69,20 @@ bool iniTakeLine(const IniText& text, const char* start, IniLine& line) {
     return true;
 }
 
-// Where a field stands, or where it would go.
-struct Place {
-    bool hasSection;
-    bool hasField;
-    Slice value;         // of the field, when there is one
-    const char* behind;  // else the end of the last field line of the section, or of its heading
-};
-
-static Place findPlace(const IniText& text, const char* section, const char* name) {
-    Place place = {};
+// Where a new field goes: behind the last field line of the section's first block, or its heading. Null: there is no
+// such section.
+static const char* placeForField(const IniText& text, const char* section) {
+    const char* place = nullptr;
     bool inside = false;
-    bool firstBlock = false;
     IniLine line;
     for (const char* start = iniFirstLine(text); iniTakeLine(text, start, line); start = line.next) {
         if (line.kind == IniKind::Section) {
+            if (place != nullptr) return place;
             inside = sliceEquals(line.name, section);
-            firstBlock = inside && !place.hasSection;
-            place.hasSection |= inside;
         }
-        if (!inside || line.kind == IniKind::Other) continue;
-        if (firstBlock) place.behind = line.next;
-        if (line.kind != IniKind::Field || !sliceEquals(line.name, name)) continue;
-        place.hasField = true;
-        place.value = line.value;
-        return place;
+        if (inside && line.kind != IniKind::Other) place = line.next;
     }
     return place;
-}
-
-bool iniFind(const IniText& text, const char* section, const char* name, Slice& value) {
-    Place place = findPlace(text, section, name);
-    if (place.hasField) value = place.value;
-    return place.hasField;
 }
 
 static void append(IniText& text, const char* bytes, size_t length) {
@@ -121,10 +102,10 @@ static const char* lineBreak(const IniText& text) {
     return newline != nullptr && newline > text.bytes && newline[-1] == '\r' ? "\r\n" : "\n";
 }
 
-static void appendNewField(const Place& place, const char* section, const char* name, const char* value,
-                           const char* lineEnd, IniText& changed) {
+static void appendField(bool hasSection, const char* section, const char* name, const char* value, const char* lineEnd,
+                        IniText& changed) {
     if (changed.length > 0 && changed.bytes[changed.length - 1] != '\n') append(changed, lineEnd);
-    if (!place.hasSection) {
+    if (!hasSection) {
         const char* const heading[] = {changed.length > 0 ? lineEnd : "", "[", section, "]", lineEnd};
         for (const char* piece : heading) append(changed, piece);
     }
@@ -132,21 +113,28 @@ static void appendNewField(const Place& place, const char* section, const char* 
     for (const char* piece : field) append(changed, piece);
 }
 
-int iniChange(const IniText& text, const char* section, const char* name, const char* value, IniText& changed) {
-    const char* end = text.bytes + text.length;
-    Place place = findPlace(text, section, name);
-    const char* cut = place.hasField ? place.value.text : place.hasSection ? place.behind : end;
-    const char* resume = place.hasField ? cut + place.value.length : cut;
-
-    changed.length = 0;
-    append(changed, text.bytes, static_cast<size_t>(cut - text.bytes));
-    if (place.hasField) {
-        append(changed, value);
-    } else {
-        appendNewField(place, section, name, value, lineBreak(text), changed);
-    }
-    append(changed, resume, static_cast<size_t>(end - resume));
-    if (changed.length <= kIniCapacity) return 0;
+static int fits(const IniText& text) {
+    if (text.length <= kIniCapacity) return 0;
     errno = EFBIG;
     return -1;
+}
+
+int iniReplace(const IniText& text, Slice value, const char* words, IniText& changed) {
+    const char* const resume = value.text + value.length;
+    changed.length = 0;
+    append(changed, text.bytes, static_cast<size_t>(value.text - text.bytes));
+    append(changed, words);
+    append(changed, resume, static_cast<size_t>(text.bytes + text.length - resume));
+    return fits(changed);
+}
+
+int iniAdd(const IniText& text, const char* section, const char* name, const char* value, IniText& changed) {
+    const char* const end = text.bytes + text.length;
+    const char* const place = placeForField(text, section);
+    const char* const cut = place != nullptr ? place : end;
+    changed.length = 0;
+    append(changed, text.bytes, static_cast<size_t>(cut - text.bytes));
+    appendField(place != nullptr, section, name, value, lineBreak(text), changed);
+    append(changed, cut, static_cast<size_t>(end - cut));
+    return fits(changed);
 }

@@ -35,9 +35,10 @@ const char* iniFirstLine(const IniText& text);
 // Takes the line that starts at `start` apart; false at the end of the text.
 bool iniTakeLine(const IniText& text, const char* start, IniLine& line);
 
-// Finds the first field of that name in the section; false when there is none.
-bool iniFind(const IniText& text, const char* section, const char* name, Slice& value);
+// Makes `changed` a copy of `text` with other words in the place of one value of it. Returns 0, or -1 with errno EFBIG
+// when the result does not fit.
+int iniReplace(const IniText& text, Slice value, const char* words, IniText& changed);
 
-// Makes `changed` a copy of `text` with the field's value replaced. A new field goes behind the last field of its
-// section, a new section to the end of the text. Returns 0, or -1 with errno EFBIG when the result does not fit.
-int iniChange(const IniText& text, const char* section, const char* name, const char* value, IniText& changed);
+// Makes `changed` a copy of `text` with a field that it does not have: behind the last field of its section, or in a
+// new section at the end of the text. Returns 0, or -1 with errno EFBIG when the result does not fit.
+int iniAdd(const IniText& text, const char* section, const char* name, const char* value, IniText& changed);

@@ -38,7 +38,8 @@ static int give(const StoredValue& value, void* out) {
         case StoredValue::Kind::Flag:
             return giveNumber<uint8_t>(value, out);
         case StoredValue::Kind::Plain:
-            return giveText(value.text.text, value.text.length, static_cast<char*>(out));
+            return giveText(value.text.text, value.text.length < kMostText ? value.text.length : kMostText,
+                            static_cast<char*>(out));
         case StoredValue::Kind::Quoted:
             return giveQuoted(value, static_cast<char*>(out));
         case StoredValue::Kind::Missing:
@@ -89,5 +90,5 @@ int cfgWrite(const char* section, const char* key, const void* value, int) {
         complain("text for %s/%s refused: longer than %zu bytes", section, key, kMostText);
         return -1;
     }
-    return storeSet(section, key, encoded);
+    return storeSet(number, encoded);
 }

@@ -15,10 +15,10 @@
 
 static constexpr int kMostAttempts = 16;
 
+// The text that was read or written last, its values, and which file it was.
 static IniText stored;
-
-// What was read into `stored` last, and which file it was.
 static StoredValues values;
+static bool isTaken;
 static KeptFile kept;
 
 // A file in its state when it was read, to see whether it is still that.
@@ -57,12 +57,30 @@ static int readRegularFile(int descriptor, IniText& text, struct stat& status) {
     return iniRead(descriptor, text);
 }
 
+static bool isSameText(const IniText& left, const IniText& right) {
+    return left.length == right.length && memcmp(left.bytes, right.bytes, left.length) == 0;
+}
+
+static void copyText(const IniText& from, IniText& to) {
+    memcpy(to.bytes, from.bytes, from.length);
+    to.length = from.length;
+}
+
+// Mostly the text is the one that is known: it is taken apart once, not once a key.
+static void takeText(const IniText& text) {
+    if (isTaken && isSameText(stored, text)) return;
+    copyText(text, stored);
+    takeValues(stored, values);
+    isTaken = true;
+}
+
 static int readStore() {
     struct stat status;
+    IniText& text = iniScratch();
     int descriptor = open(storePath(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0) return -1;
-    if (closeKeepingErrno(descriptor, readRegularFile(descriptor, stored, status)) != 0) return -1;
-    takeValues(stored, values);
+    if (closeKeepingErrno(descriptor, readRegularFile(descriptor, text, status)) != 0) return -1;
+    takeText(text);
     noteRead(kept, &status);
     return 0;
 }
@@ -141,31 +159,48 @@ static int makePermanent(const StoreFolder& folder) {
     return result == 0 ? syncFolder(folder.descriptor) : result;
 }
 
-static int changeOnce(const StoreFolder& folder, const char* section, const char* name, const char* value) {
-    FileState before;
-    IniText& changed = iniScratch();
-    forget(kept);
-    if (loadForChange(folder, stored, before) != 0) return -1;
-    if (iniChange(stored, section, name, value, changed) != 0) return -1;
-    bool same = stored.length == changed.length && memcmp(stored.bytes, changed.bytes, changed.length) == 0;
-    if (same) return makePermanent(folder);
-    return replaceFile(folder, changed, before);
+// Puts the value into the text, which is left in `changed`.
+static int changeText(int key, const char* value, IniText& changed) {
+    const Slice present = values.values[key].text;
+    if (present.text != nullptr) return iniReplace(stored, present, value, changed);
+    return iniAdd(stored, storeKey(key).section, storeKey(key).name, value, changed);
 }
 
-static int change(const char* section, const char* name, const char* value) {
+// Known at once if the text had the key; else the next look at the file takes it apart.
+static void takeChangedText(int key, const char* value, const IniText& changed) {
+    if (values.values[key].text.text == nullptr) return;
+    copyText(changed, stored);
+    takeNewValue(key, strlen(value), values);
+}
+
+static int changeOnce(const StoreFolder& folder, int key, const char* value) {
+    FileState before;
+    IniText& text = iniScratch();
+    forget(kept);
+    if (loadForChange(folder, text, before) != 0) return -1;
+    takeText(text);
+    IniText& changed = text;
+    if (changeText(key, value, changed) != 0) return -1;
+    if (isSameText(stored, changed)) return makePermanent(folder);
+    if (replaceFile(folder, changed, before) != 0) return -1;
+    takeChangedText(key, value, changed);
+    return 0;
+}
+
+static int change(int key, const char* value) {
     StoreFolder folder;
     if (lockStoreFolder(storePath(), folder) != 0) return -1;
     int result = -1;
     for (int attempt = 0; attempt < kMostAttempts; attempt++) {
-        result = changeOnce(folder, section, name, value);
+        result = changeOnce(folder, key, value);
         if (result == 0 || errno != EAGAIN) break;
     }
     return closeKeepingErrno(folder.descriptor, result);
 }
 
-int storeSet(const char* section, const char* name, const char* value) {
-    if (change(section, name, value) == 0) return 0;
+int storeSet(int key, const char* value) {
+    if (change(key, value) == 0) return 0;
     const char* reason = errno == EAGAIN ? "another program keeps it busy" : strerror(errno);
-    complain("cannot write %s/%s to %s: %s", section, name, storePath(), reason);
+    complain("cannot write %s/%s to %s: %s", storeKey(key).section, storeKey(key).name, storePath(), reason);
     return -1;
 }

@@ -10,6 +10,6 @@ const char* storePath();
 // read. Valid until the next call of this file's functions.
 const StoredValues* storeLoad();
 
-// Sets one field in the file as it is on disk now, under a lock; a file that has the very bytes already is not written,
-// only synced. Returns 0 once the field is safe from a power cut, or -1 after a line on standard error.
-int storeSet(const char* section, const char* name, const char* value);
+// Sets one key in the file as it is on disk now, under a lock; a file that has the very bytes already is not written,
+// only synced. Returns 0 once the value is safe from a power cut, or -1 after a line on standard error.
+int storeSet(int key, const char* value);

@@ -30,7 +30,6 @@ static StoredValue valueOf(StoreType type, Slice value) {
     if (type == StoreType::Text) {
         const bool isQuoted = value.length > 0 && value.text[0] == '"';
         result.kind = isQuoted ? StoredValue::Kind::Quoted : StoredValue::Kind::Plain;
-        if (!isQuoted && value.length > kMostText) result.text.length = kMostText;
         return result;
     }
     int64_t number = 0;
@@ -54,4 +53,12 @@ void takeValues(const IniText& text, StoredValues& values) {
         isTaken[key] = true;
         values.values[key] = valueOf(storeKey(key).type, line.value);
     }
+}
+
+void takeNewValue(int key, size_t length, StoredValues& values) {
+    const Slice old = values.values[key].text;
+    for (StoredValue& value : values.values) {
+        if (value.text.text > old.text) value.text.text += length - old.length;
+    }
+    values.values[key] = valueOf(storeKey(key).type, {old.text, length});
 }

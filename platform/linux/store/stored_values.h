@@ -11,7 +11,7 @@ struct StoredValue {
     enum class Kind : uint8_t { Missing, Int32, Uint16, Flag, Plain, Quoted };
     Kind kind;
     int32_t number;
-    Slice text;  // as it stands in the file; plain text is the value, with at most 255 bytes that count
+    Slice text;  // as it stands in the file, null when it does not; of plain text at most 255 bytes count
 };
 
 // By the keys' positions in the table.
@@ -21,3 +21,6 @@ struct StoredValues {
 
 // The slices of `values` point into `text`.
 void takeValues(const IniText& text, StoredValues& values);
+
+// Follows the text of a key that it has: what stood there is now `length` bytes long, and everything behind has moved.
+void takeNewValue(int key, size_t length, StoredValues& values);

@@ -72,6 +72,19 @@ TEST(Gateway, MayHaveAMetricBeyondTheSignedNumbers) {
     EXPECT_EQ(gatewayFrom(kRouteHeading + worst + best + better, "eth0"), (Bytes4{192, 168, 1, 7}));
 }
 
+TEST(Gateway, IsThatOfThePresentTable) {
+    const auto table = [](uint8_t last, const char* interface) {
+        return kRouteHeading + route(interface, kAny, {192, 168, 1, last}, "0003", 0, kAny);
+    };
+    for (uint8_t last = 1; last < 5; last++) {
+        EXPECT_EQ(gatewayFrom(table(last, "eth0"), "eth0"), (Bytes4{192, 168, 1, last}));
+        EXPECT_EQ(gatewayFrom(table(last, "eth1"), "eth0"), std::nullopt);
+        EXPECT_EQ(gatewayFrom(table(last, "eth1"), "eth1"), (Bytes4{192, 168, 1, last}));
+        EXPECT_EQ(gatewayFrom(table(last, "eth1"), "eth1"), (Bytes4{192, 168, 1, last}));
+        EXPECT_EQ(gatewayFrom("", "eth1"), std::nullopt);
+    }
+}
+
 TEST(Gateway, IsFoundAnywhereInALongTable) {
     const std::string wanted = route("eth0", kAny, {192, 168, 1, 1}, "0003", 0, kAny);
     std::string others;

@@ -5,6 +5,10 @@
 
 #include <cstdio>
 #include <cstring>
+#include <iterator>
+#include <map>
+#include <random>
+#include <string>
 
 #include "common/moved_clock.h"
 #include "store/store_fixture.h"
@@ -105,6 +109,36 @@ TEST_F(KeptValues, AWriteOfOnesOwnIsSeenAtOnce) {
     EXPECT_EQ(writeText("CAMSYSTEM", "CameraName", "Yard"), 0);
     EXPECT_EQ(name(), "Yard");
     EXPECT_EQ(nameInARequest(), "Yard");
+}
+
+// One after the other in a request, of keys before and behind each other, shorter and longer ones, with and without
+// quotes, some of them new; now and then somebody else adds a line at the top.
+TEST_F(KeptValues, FollowManyWritesOfOnesOwn) {
+    struct Key {
+        const char* section;
+        const char* name;
+    };
+    static constexpr Key kKeys[] = {
+        {"INFO", "Product"}, {"CAMSYSTEM", "CameraName"}, {"DDNS", "UID"}, {"DDNS", "PWD"}, {"DDNS", "HOST"}};
+    std::mt19937 random(7);
+    std::map<std::string, std::string> expected = {{"Product", "p"}, {"UID", "u"}};
+    put("[INFO]\nProduct=p\n[DDNS]\nUID=u\n\n[OTHER]\nUID=theirs\n");
+    requestBegins();
+    for (int step = 0; step < 400; step++) {
+        const Key& key = kKeys[random() % std::size(kKeys)];
+        const std::string text(random() % 40, "ab \"="[random() % 5]);
+        if (random() % 8 == 0) put("; " + std::to_string(step) + "\n" + bytes());
+        if (random() % 8 == 0) requestBegins();
+        ASSERT_EQ(writeText(key.section, key.name, text), 0);
+        expected[key.name] = text;
+        for (const Key& other : kKeys) {
+            char stored[256] = "";
+            const bool isThere = cfgRead(other.section, other.name, stored) == 0;
+            ASSERT_EQ(isThere, expected.contains(other.name)) << other.name;
+            ASSERT_EQ(stored, isThere ? expected[other.name] : "") << other.name << " after " << step;
+        }
+    }
+    EXPECT_NE(bytes().find("[OTHER]\nUID=theirs\n"), std::string::npos);
 }
 
 // What a write has read is not what stands in the store, and its own text is not either.
