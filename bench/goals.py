@@ -19,7 +19,7 @@ HELD = {
     "discovery, landap: calls": 12.2,
     "discovery: instructions": 5_100,
     "discovery, landap: instructions": 5_100,
-    "stripped for MIPS, bytes": 76_500,
+    "stripped for MIPS, bytes": 73_000,
 }
 
 # Shown only.

@@ -2,6 +2,7 @@
 
 #include <time.h>
 
+#include "common/milliseconds.h"
 #include "platform.h"
 
 // File systems count the time of a change in ticks, some in steps of two seconds: a second change within one step
@@ -13,12 +14,6 @@ uint32_t requestNumber;
 void requestBegins() {
     requestNumber++;
     if (requestNumber == 0) requestNumber = 1;
-}
-
-static int64_t milliseconds() {
-    timespec now = {};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<int64_t>(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
 }
 
 static bool isSameTime(const timespec& one, const timespec& other) {
@@ -44,7 +39,7 @@ bool isStillSame(KeptFile& file, const char* path) {
 }
 
 void noteRead(KeptFile& file, const struct stat* status) {
-    const int64_t now = milliseconds();
+    const int64_t now = millisecondsNow();
     if (!isSameState(file, status)) file.firstSeen = now;
     file.wasRead = requestNumber != 0;
     file.exists = status != nullptr;

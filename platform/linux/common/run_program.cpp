@@ -12,6 +12,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include "common/milliseconds.h"
 #include "common/small_file.h"
 
 // Between the caller and the program stands a runner, a process of its own. A caller that ignores SIGCHLD learns
@@ -19,12 +20,6 @@
 // time limit, whatever becomes of the caller.
 static constexpr int kNotStarted = 127;
 static constexpr int kMostDescriptors = FD_SETSIZE;
-
-static int64_t millisecondsNow() {
-    timespec now;
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<int64_t>(now.tv_sec) * 1000 + now.tv_nsec / 1'000'000;
-}
 
 // Signals as a program expects them, not as the caller and the runner have set them for themselves.
 static void resetSignals() {
@@ -61,11 +56,11 @@ static bool waitUntil(int64_t deadline, pid_t program, int& status) {
     sigemptyset(&childSignal);
     sigaddset(&childSignal, SIGCHLD);
     while (waitpid(program, &status, WNOHANG) != program) {
-        int64_t remaining = deadline - millisecondsNow();
+        const int remaining = static_cast<int>(deadline - millisecondsNow());
         if (remaining <= 0) return false;
         timespec pause;
-        pause.tv_sec = static_cast<time_t>(remaining / 1000);
-        pause.tv_nsec = static_cast<long>(remaining % 1000 * 1'000'000);
+        pause.tv_sec = remaining / 1000;
+        pause.tv_nsec = remaining % 1000 * 1'000'000L;
         sigtimedwait(&childSignal, nullptr, &pause);
     }
     return true;
