@@ -1,5 +1,6 @@
 // The daemon: start-up, the receive loop, orderly shutdown.
 #include <arpa/inet.h>
+#include <errno.h>
 #include <malloc.h>
 #include <net/if.h>
 #include <netinet/in.h>
@@ -20,6 +21,7 @@
 #include "service/receive_loop.h"
 #include "service/service_state.h"
 #include "service/signals.h"
+#include "service/usage.h"
 #include "system/signal_window.h"
 #include "system/standard_descriptors.h"
 #include "system/trace.h"
@@ -30,8 +32,11 @@ static constexpr useconds_t kDrainMicroseconds = 200;
 static uint8_t* g_pReceiveBuffer;
 static uint8_t* g_pReplyBuffer;
 
+// Leaves errno as it is.
 static int fail(int line, const char* message) {
+    const int reason = errno;
     traceService("main", line, "%s", message);
+    errno = reason;
     return -1;
 }
 
@@ -105,6 +110,7 @@ static void freeBuffers() {
 static int openService(const char* interfaceName) {
     setLargeBlocksApart();
     g_nSocket = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, IPPROTO_UDP);
+    if (g_nSocket >= FD_SETSIZE) errno = EMFILE;  // beyond those that select can wait for
     if (g_nSocket < 0 || g_nSocket >= FD_SETSIZE) return fail(183, "create socket failed");
     if (initFamilies(interfaceName) != 0) return -1;
     if (setSocketOptions(interfaceName) != 0) return -1;
@@ -137,6 +143,7 @@ static void serveUntilStopped(const char* interfaceName) {
 
 int main(int argc, char* argv[]) {
     if (argc != 2) return fail(165, "Invalid parameter");
+    if (tellAbout(argv[1])) return 0;
     const char* interfaceName = argv[1];
     openStandardDescriptors();
     blockSignals();
@@ -144,6 +151,7 @@ int main(int argc, char* argv[]) {
     memset(&g_stDownThread, 0, sizeof g_stDownThread);
     installSignalHandlers();
     if (openService(interfaceName) != 0) {
+        trace("qvp(%s) cannot start: %s\n", interfaceName, strerror(errno));
         closeService(interfaceName);
         return -1;
     }

@@ -1,4 +1,6 @@
 """The daemon as a process: its arguments, its pid file, a second instance, and start-up failures."""
+import os
+import re
 import subprocess
 
 import pytest
@@ -22,13 +24,19 @@ def line(number, message):
     return f"[QVP][qvp][main][Line: {number}]: {message}\n"
 
 
+def no_device(interface):
+    return (line(212, "setsockopt: SO_BINDTODEVICE failed") +
+            f"qvp({interface}) cannot start: No such device\n")
+
+
 FAILURES = [  # arguments, all of what is written to standard error
     ([], line(165, "Invalid parameter")),
     (["eth0", "eth0"], line(165, "Invalid parameter")),
     (["eth0", ""], line(165, "Invalid parameter")),
-    (["nosuch0"], line(212, "setsockopt: SO_BINDTODEVICE failed")),
-    (["nosuchinterface0"], line(212, "setsockopt: SO_BINDTODEVICE failed")),
-    (["x" * 200], line(212, "setsockopt: SO_BINDTODEVICE failed")),
+    (["nosuch0"], no_device("nosuch0")),
+    (["nosuchinterface0"], no_device("nosuchinterface0")),
+    (["x" * 200], no_device("x" * 200)),
+    (["--Help"], no_device("--Help")),
     (["no/such/folder"], ""),
     (["x" * 5000], ""),
 ]
@@ -50,10 +58,21 @@ def test_a_port_that_is_taken(empty_camera):
         holder.stdout.readline()
         run = empty_camera.start_daemon("eth0")
         assert run.exit_status() == 255
-        assert run.trace() == line(235, "bind failed")
+        assert run.trace() == line(235, "bind failed") + "qvp(eth0) cannot start: Address already in use\n"
         assert pid_files(empty_camera) == ["qvp"]
     finally:
         holder.communicate(b"\n")
+
+
+@pytest.mark.parametrize("question, answer", [
+    ("--help", r"Usage: qvp INTERFACE\n(.*\n)+Exit status: .*\n"),
+    ("--version", r"qvp \d+\.\d+\.\d+\n"),
+])
+def test_what_it_tells_about_itself(question, answer):
+    run = subprocess.run([os.environ["QVP_DAEMON"], question], capture_output=True, text=True, check=False)
+    assert run.returncode == 0
+    assert re.fullmatch(answer, run.stdout)
+    assert run.stderr == ""
 
 
 def test_the_pid_file(camera):

@@ -145,7 +145,10 @@ TEST_F(Start, ClearsUpAfterEachStepThatFails) {
         fake::failCall(row.function, row.nth, EPERM);
         const DaemonRun run = runDaemon();
         EXPECT_EQ(run.status, 255) << row.trace;
-        EXPECT_EQ(run.standardError, std::string("[QVP][qvp][main]") + row.trace + "\n");
+        const bool lacksMemory = row.function == std::string("malloc");
+        const char* const reason = lacksMemory ? "Cannot allocate memory" : "Operation not permitted";
+        EXPECT_EQ(run.standardError,
+                  std::string("[QVP][qvp][main]") + row.trace + "\nqvp(eth0) cannot start: " + reason + "\n");
         fake::Events releases = row.releases;
         releases.push_back("unlink /var/run/qvp-eth0.pid");
         EXPECT_THAT(fake::eventsOf({"close", "free", "unlink"}), testing::ElementsAreArray(releases)) << row.trace;
@@ -156,14 +159,17 @@ TEST_F(Start, ClearsUpAfterEachStepThatFails) {
 
 TEST_F(Start, ClearsUpAfterAFamilyThatFails) {
     substitutes().primaryInitFails = true;
-    EXPECT_EQ(runDaemon().standardError, "[QVP][qvp][main][Line: 195]: qvp_function_init failed\n");
+    EXPECT_THAT(runDaemon().standardError,
+                testing::StartsWith("[QVP][qvp][main][Line: 195]: qvp_function_init failed\nqvp(eth0) cannot start: "));
     EXPECT_THAT(fake::eventsOf({"close", "unlink", "setsockopt", "net_get_hwaddr"}),
                 ElementsAre("close socket", "unlink /var/run/qvp-eth0.pid"));
     SetUp();
     substitutes().landapInitFails = true;
     const DaemonRun run = runDaemon();
     EXPECT_EQ(run.status, 255);
-    EXPECT_EQ(run.standardError, "[QVP][qvp][main][Line: 203]: landap_function_init failed\n");
+    EXPECT_THAT(
+        run.standardError,
+        testing::StartsWith("[QVP][qvp][main][Line: 203]: landap_function_init failed\nqvp(eth0) cannot start: "));
     EXPECT_THAT(fake::eventsOf({"close", "unlink", "setsockopt", "net_get_hwaddr"}),
                 ElementsAre("net_get_hwaddr eth0", "close socket", "unlink /var/run/qvp-eth0.pid"));
 }
