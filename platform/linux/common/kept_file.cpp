@@ -38,13 +38,12 @@ bool isStillSame(KeptFile& file, const char* path) {
     return true;
 }
 
-void noteRead(KeptFile& file, const struct stat* status) {
-    const int64_t now = millisecondsNow();
-    if (!isSameState(file, status)) file.firstSeen = now;
+void noteRead(KeptFile& file, const struct stat* status, int64_t startedAt) {
+    if (!isSameState(file, status)) file.firstSeen = millisecondsNow();
     file.wasRead = requestNumber != 0;
     file.exists = status != nullptr;
     if (status != nullptr) file.status = *status;
-    file.readAt = now;
+    file.readAt = startedAt;
     file.lookedAtIn = requestNumber;
 }
 

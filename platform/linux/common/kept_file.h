@@ -12,7 +12,7 @@ struct KeptFile {
     bool exists;
     struct stat status;   // taken before the content was read
     int64_t firstSeen;    // when the file was first seen in this state, in milliseconds of the monotonic clock
-    int64_t readAt;       // when it was last read
+    int64_t readAt;       // when the last read of it began
     uint32_t lookedAtIn;  // the request in which it was last looked at
 };
 
@@ -23,8 +23,9 @@ inline bool wasLookedAt(const KeptFile& file) { return file.wasRead && file.look
 // Looks at the file. True when what was read of it may be used in this request.
 bool isStillSame(KeptFile& file, const char* path);
 
-// To be called whenever the file is read, with its state from before; null: there is no such file.
-void noteRead(KeptFile& file, const struct stat* status);
+// To be called whenever the file has been read, with its state from before (null: there is no such file) and with the
+// time before that, of millisecondsNow().
+void noteRead(KeptFile& file, const struct stat* status, int64_t startedAt);
 
 // What was read is not the file's any more.
 void forget(KeptFile& file);

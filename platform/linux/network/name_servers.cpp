@@ -3,6 +3,7 @@
 #include <string.h>
 
 #include "common/kept_file.h"
+#include "common/milliseconds.h"
 #include "common/small_file.h"
 #include "network/network_files.h"
 #include "platform.h"
@@ -36,10 +37,11 @@ static int serverCount;
 
 static void readAgain() {
     struct stat status;
+    const int64_t start = millisecondsNow();
     const bool exists = stat(kResolverFile, &status) == 0;
     serverCount = readNameServers(kResolverFile, servers);
     if (serverCount < 0) return forget(kept);
-    noteRead(kept, exists ? &status : nullptr);
+    noteRead(kept, exists ? &status : nullptr, start);
 }
 
 static int give(int index, uint8_t address[4]) {

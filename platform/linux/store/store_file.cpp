@@ -10,6 +10,7 @@
 
 #include "common/complain.h"
 #include "common/kept_file.h"
+#include "common/milliseconds.h"
 #include "common/small_file.h"
 #include "store/store_folder.h"
 
@@ -77,11 +78,12 @@ static void takeText(const IniText& text) {
 static int readStore() {
     struct stat status;
     IniText& text = iniScratch();
+    const int64_t start = millisecondsNow();
     int descriptor = open(storePath(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0) return -1;
     if (closeKeepingErrno(descriptor, readRegularFile(descriptor, text, status)) != 0) return -1;
     takeText(text);
-    noteRead(kept, &status);
+    noteRead(kept, &status, start);
     return 0;
 }
 

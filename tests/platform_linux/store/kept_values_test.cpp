@@ -179,6 +179,18 @@ TEST_F(KeptValues, AreNotTrustedBeforeALongStepIsOver) {
     EXPECT_EQ(opensDuring([] { nameInARequest(); }), 1);
 }
 
+TEST_F(KeptValues, AreNotTrustedBecauseTheirReaderWasHeldUp) {
+    put(storeWith("Gate"));
+    nameInARequest();
+    {
+        const CaughtFileCalls caught({.before = [](const std::string& call) {
+            if (call == "read") moveClock(4);
+        }});
+        nameInARequest();
+    }
+    EXPECT_EQ(opensDuring([] { nameInARequest(); }), 1);
+}
+
 TEST_F(KeptValues, OfASettledStoreANewFileIsSeen) {
     put(storeWith("Gate"));
     settle();
