@@ -13,6 +13,8 @@ struct Report {
 
 static Report* report;
 
+unsigned patience = 120;
+
 static void print(const char* verdict, const char* format, va_list values) {
     char text[512];
     vsnprintf(text, sizeof text, format, values);
@@ -47,10 +49,10 @@ bool hasFailed() { return report->failures != 0; }
 
 static void conclude(const char* operation, int status) {
     if (WIFSIGNALED(status) && WTERMSIG(status) == SIGALRM) {
-        fail("does not return within %u seconds", kMostSeconds);
+        fail("does not return within %u seconds", patience);
     } else if (WIFSIGNALED(status)) {
         fail("ends by signal %d (%s)", WTERMSIG(status), strsignal(WTERMSIG(status)));
-    } else if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+    } else if (!isFinished(status)) {
         fail("ends the process that calls it");
     }
     if (report->failures != 0 || report->isSkipped) return;
@@ -66,14 +68,7 @@ bool runChecks(const char* operation, void (*check)(const Settings&), const Sett
     }
     memset(report, 0, sizeof *report);
     report->operation = operation;
-    const pid_t child = fork();
-    if (child == 0) {
-        alarm(kMostSeconds);
-        check(settings);
-        _exit(0);
-    }
-    int status = -1;
-    if (child > 0) waitpid(child, &status, 0);
+    const int status = tryInProcess([&] { check(settings); });
     conclude(operation, status);
     return report->failures == 0;
 }

@@ -204,23 +204,30 @@ struct SavedValue {
 };
 static SavedValue* saved;
 
+// What goes wrong here is found by the checks of cfgRead.
 void saveStore() {
     void* shared =
         mmap(nullptr, sizeof(SavedValue) * kKeyCount, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     if (shared == MAP_FAILED) abort();
     saved = static_cast<SavedValue*>(shared);
-    inProcess([] {
+    tryInProcess([] {
         for (int number = 0; number < kKeyCount; number++) {
-            saved[number].exists = cfgRead(kKeys[number].section, kKeys[number].name, saved[number].bytes) == 0;
+            uint8_t bytes[2 * 256];  // more than it needs, for a library that takes more
+            saved[number].exists = cfgRead(kKeys[number].section, kKeys[number].name, bytes) == 0;
+            memcpy(saved[number].bytes, bytes, sizeof saved[number].bytes);
         }
     });
 }
 
 void restoreStore() {
-    inProcess([] {
+    const int status = tryInProcess([] {
         static const uint8_t kNothing[256] = {};
+        bool isRestored = true;
         for (int number = 0; number < kKeyCount; number++) {
-            writeKey(kKeys[number], saved[number].exists ? saved[number].bytes : kNothing);
+            const uint8_t* value = saved[number].exists ? saved[number].bytes : kNothing;
+            if (writeKey(kKeys[number], value) != 0) isRestored = false;
         }
+        if (!isRestored) _exit(1);
     });
+    if (!isFinished(status)) fprintf(stderr, "the store does not have its values back\n");
 }
