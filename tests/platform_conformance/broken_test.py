@@ -58,7 +58,12 @@ OPTIONS = {
 NOT_OF_THE_LIBRARY = {"no thread for it", "cannot run %s", "cannot read %s"}
 
 
+STORE = pathlib.Path(os.environ["QVP_STORE"])
+FRESH = STORE.read_bytes()
+
+
 def run(program, operation, fault, options):
+    STORE.write_bytes(FRESH)  # what is broken may leave anything behind
     environment = os.environ | {"QVP_FAULT": f"{operation} {fault}" if fault else ""}
     only = ["--only", SHOWS_ON.get((operation, fault), operation)] if fault else []
     done = subprocess.run([program, *CHANGING, *COMMON, *only, *options], env=environment, text=True, check=False,

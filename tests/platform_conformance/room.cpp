@@ -3,8 +3,6 @@
 #include <fcntl.h>
 #include <string.h>
 
-#include "report.h"
-
 void* prepare(Room& room, size_t size, uint8_t filling) {
     memset(room.bytes, filling, kGuard + size + kGuard);
     room.size = size;

@@ -91,6 +91,7 @@ static bool isInvented(const char* section, const char* name) {
 
 int __wrap_cfgRead(const char* section, const char* name, void* out) {
     forgetGroup();
+    leakOf("cfgRead");
     if (isBroken("cfgRead", "dies")) raise(SIGSEGV);
     if (isBroken("cfgRead", "exits")) _exit(0);
     if (isBroken("cfgRead", "hangs")) pause();

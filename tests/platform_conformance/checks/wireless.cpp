@@ -43,7 +43,7 @@ void checkSiteList(const Settings&) {
     if (!fillList(kListSize)) return note("there is no list");
     memcpy(list, inside(room), sizeof list);
     note("%d networks", countNetworks(list));
-    fillList(150);
+    if (!hasFailed()) fillList(150);
     if (leavesDescriptors([] { getSiteList(list, kListSize); })) fail("leaves descriptors open");
 }
 
