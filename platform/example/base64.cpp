@@ -5,15 +5,15 @@
 #include "platform.h"
 
 static constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-static constexpr int  kMostBytes  = 255;
+static constexpr int kMostBytes = 255;
 
 // Returns the number of bytes in front of the NUL, or -1 for a null argument. Any byte outside the alphabet is the end
 // of the text, the padding among them.
 int Base64dec(const char* text, char* out) {
     if (text == nullptr || out == nullptr) return -1;
-    uint32_t bits   = 0;
-    int      count  = 0;
-    int      length = 0;
+    uint32_t bits = 0;
+    int count = 0;
+    int length = 0;
     for (; *text != '\0' && length < kMostBytes; text++) {
         const char* letter = strchr(kAlphabet, *text);
         if (letter == nullptr) break;

@@ -29,16 +29,16 @@ static ListNode** append(ListNode** end, const char* name) {
 // The sections, or with `section` the fields of that one.
 static ListNode* listNames(const char* file, const char* section) {
     static char text[16 * 1024];
-    ListNode*   list   = nullptr;
-    ListNode**  end    = &list;
-    bool        inside = false;
-    char*       rest   = nullptr;
+    ListNode* list = nullptr;
+    ListNode** end = &list;
+    bool inside = false;
+    char* rest = nullptr;
     if (file == nullptr || readSmallFile(file, text, sizeof text) < 0) return nullptr;
     for (char* line = strtok_r(text, "\n", &rest); line != nullptr; line = strtok_r(nullptr, "\n", &rest)) {
         line += strspn(line, kBlanks);
         if (*line == '#' || *line == ';') continue;
-        const bool  isSection = *line == '[';
-        const char* name      = isSection ? takeName(line + 1, ']') : takeName(line, '=');
+        const bool isSection = *line == '[';
+        const char* name = isSection ? takeName(line + 1, ']') : takeName(line, '=');
         if (name == nullptr) continue;
         if (isSection) inside = section != nullptr && strcmp(name, section) == 0;
         if (isSection ? section == nullptr : inside) end = append(end, name);

@@ -22,7 +22,7 @@ int SIReadInt(int slot, int* value) {
     char path[256];
     char text[32];
     char rest;
-    int  number;
+    int number;
     if (!makePath(slot, "", path) || readSmallFile(path, text, sizeof text) < 0) return -1;
     if (sscanf(text, "%d %c", &number, &rest) != 1) return -1;
     *value = number;

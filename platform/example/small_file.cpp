@@ -6,8 +6,8 @@
 int readSmallFile(const char* path, char* text, size_t size) {
     int descriptor = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0) return -1;
-    size_t  length = 0;
-    ssize_t count  = 0;
+    size_t length = 0;
+    ssize_t count = 0;
     while (length < size && (count = read(descriptor, text + length, size - length)) > 0) {
         length += static_cast<size_t>(count);
     }

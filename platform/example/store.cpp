@@ -14,15 +14,15 @@
 #include "small_file.h"
 #include "store_keys.h"
 
-static constexpr size_t kTextSize  = 256;
+static constexpr size_t kTextSize = 256;
 static constexpr size_t kMostStore = 64 * 1024;  // every key with the longest text, each byte of it as %XX, is less
-static constexpr size_t kMostLine  = 64 + 3 * kTextSize;
+static constexpr size_t kMostLine = 64 + 3 * kTextSize;
 
 // The size of a variable of each type tells them apart.
 struct KeyRow {
     const char* section;
     const char* name;
-    size_t      size;
+    size_t size;
 };
 #define TEXT_ROW(constant, section, name) {section, name, kTextSize},
 #define NUMBER_ROW(constant, section, name) {section, name, sizeof(int32_t)},
@@ -47,7 +47,7 @@ static const KeyRow* findKey(const char* section, const char* name) {
 
 // The value of a key in what was read of the store, up to its newline or the end; null: it has none.
 static char* findValue(const KeyRow& key) {
-    char         start[64];
+    char start[64];
     const size_t length = static_cast<size_t>(snprintf(start, sizeof start, "%s/%s=", key.section, key.name));
     for (char* line = store; line != nullptr; line = strchr(line, '\n')) {
         if (*line == '\n') line++;
@@ -84,17 +84,17 @@ static void encode(const char* text, char* value) {
 
 // A number goes into a variable of its own type, wherever in memory that lies.
 static void putNumber(long number, size_t size, void* out) {
-    const int32_t     wide   = static_cast<int32_t>(number);
-    const uint16_t    narrow = static_cast<uint16_t>(number);
-    const uint8_t     flag   = static_cast<uint8_t>(number);
-    const void* const from   = size == sizeof wide     ? static_cast<const void*>(&wide)
-                               : size == sizeof narrow ? static_cast<const void*>(&narrow)
-                                                       : &flag;
+    const int32_t wide = static_cast<int32_t>(number);
+    const uint16_t narrow = static_cast<uint16_t>(number);
+    const uint8_t flag = static_cast<uint8_t>(number);
+    const void* const from = size == sizeof wide     ? static_cast<const void*>(&wide)
+                             : size == sizeof narrow ? static_cast<const void*>(&narrow)
+                                                     : &flag;
     memcpy(out, from, size);
 }
 
 static long takeNumber(const void* value, size_t size) {
-    int32_t  wide   = 0;
+    int32_t wide = 0;
     uint16_t narrow = 0;
     memcpy(size == sizeof wide ? static_cast<void*>(&wide) : &narrow, value, size);
     if (size == sizeof wide) return wide;
@@ -103,31 +103,31 @@ static long takeNumber(const void* value, size_t size) {
 
 // Returns 0 with *out set, or -1 with *out untouched: the key has no value. What the daemon has put into *out before is
 // then the value.
-int cfgRead(const char* section, const char* name, void* out) {
-    char          text[kTextSize];
-    const KeyRow* key = findKey(section, name);
-    if (key == nullptr || readSmallFile(storePath(), store, sizeof store) < 0) return -1;
-    const char* value = findValue(*key);
+int cfgRead(const char* section, const char* key, void* out) {
+    char text[kTextSize];
+    const KeyRow* row = findKey(section, key);
+    if (row == nullptr || readSmallFile(storePath(), store, sizeof store) < 0) return -1;
+    const char* value = findValue(*row);
     if (value == nullptr || decode(value, text) != 0) return -1;
-    if (key->size != kTextSize) {
-        char*      end;
+    if (row->size != kTextSize) {
+        char* end;
         const long number = strtol(text, &end, 10);
         if (end == text || *end != '\0') return -1;
-        putNumber(number, key->size, out);
+        putNumber(number, row->size, out);
     } else {
-        strcpy(static_cast<char*>(out), text);
+        memcpy(out, text, strlen(text) + 1);
     }
     return 0;
 }
 
 // What stands in front of the value and behind it stays as it is; a new key comes at the end.
 static int writeStore(int descriptor, const KeyRow& key, const char* value) {
-    char         line[kMostLine];
-    char*        old    = findValue(key);
-    const size_t total  = strlen(store);
+    char line[kMostLine];
+    char* old = findValue(key);
+    const size_t total = strlen(store);
     const size_t before = old != nullptr ? static_cast<size_t>(old - store) : total;
     const size_t behind = old != nullptr ? before + strcspn(old, "\n") : total;
-    const bool   isOpen = old == nullptr && total > 0 && store[total - 1] != '\n';  // an editor's last line
+    const bool isOpen = old == nullptr && total > 0 && store[total - 1] != '\n';  // an editor's last line
     if (old != nullptr) {
         snprintf(line, sizeof line, "%s", value);
     } else {
@@ -160,8 +160,7 @@ static int replaceStore(const KeyRow& key, const char* value) {
 // One writer at a time; the sync of the folder is what makes the new name safe.
 static int changeStore(const KeyRow& key, const char* value) {
     char path[kTextSize];
-    if (strlen(storePath()) >= sizeof path) return -1;
-    strcpy(path, storePath());
+    if (snprintf(path, sizeof path, "%s", storePath()) >= static_cast<int>(sizeof path)) return -1;
     int folder = open(dirname(path), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (folder < 0) return -1;
     int result = flock(folder, LOCK_EX) == 0 ? replaceStore(key, value) : -1;
@@ -172,16 +171,16 @@ static int changeStore(const KeyRow& key, const char* value) {
 
 // Returns 0 once the value outlives a power cut, or -1 with the old value still there. The last argument is always
 // kWriteThrough.
-int cfgWrite(const char* section, const char* name, const void* value, int) {
-    char          encoded[3 * kTextSize];
-    const KeyRow* key = findKey(section, name);
-    if (key == nullptr) return -1;
-    if (key->size != kTextSize) {
-        snprintf(encoded, sizeof encoded, "%ld", takeNumber(value, key->size));
+int cfgWrite(const char* section, const char* key, const void* value, int) {
+    char encoded[3 * kTextSize];
+    const KeyRow* row = findKey(section, key);
+    if (row == nullptr) return -1;
+    if (row->size != kTextSize) {
+        snprintf(encoded, sizeof encoded, "%ld", takeNumber(value, row->size));
     } else if (strnlen(static_cast<const char*>(value), kTextSize) < kTextSize) {
         encode(static_cast<const char*>(value), encoded);
     } else {
         return -1;
     }
-    return changeStore(*key, encoded);
+    return changeStore(*row, encoded);
 }

@@ -9,7 +9,7 @@
 
 // The wire ids are those that configuration tools show names for, the internal ids this board's own affair.
 struct Zone {
-    int         id, wireId;
+    int id, wireId;
     const char* file;
     const char* standardFile;  // the same without daylight saving; the sign of these names is the other way round
 };
@@ -39,8 +39,8 @@ int get_real_timezone_id(int, int wireId) {
 
 static int installZone(const char* file) {
     static constexpr char kInstalled[] = "/etc/localtime";
-    static constexpr char kNew[]       = "/etc/localtime.new";
-    char                  path[64];
+    static constexpr char kNew[] = "/etc/localtime.new";
+    char path[64];
     snprintf(path, sizeof path, "/usr/share/zoneinfo/%s", file);
     unlink(kNew);
     if (access(path, R_OK) != 0 || symlink(path, kNew) != 0) return -1;
