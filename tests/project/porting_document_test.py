@@ -10,7 +10,7 @@ import sys
 TYPES = {"TEXT": "text", "NUMBER": "number", "SHORT": "short number", "FLAG": "flag"}
 ROW = re.compile(r'^ +([A-Z]+) *\(k\w+, *"(\w+)", *"(\w+)"\)', re.M)
 FUNCTION = re.compile(r"^(?:int|void|const char\*|struct ListNode\*) +(\w+)\(", re.M)
-OPERATION = re.compile(r"^\| (`[^|]+`) \| [^|]+ \| (`[^|]+`) \|$", re.M)
+OPERATION = re.compile(r"^\| (`[^|]+`) +\| [^|]+ \| (`[^|]+`) \|$", re.M)
 
 
 def names(text):
