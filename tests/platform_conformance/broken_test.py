@@ -66,8 +66,12 @@ def run(program, operation, fault, options):
     STORE.write_bytes(FRESH)  # what is broken may leave anything behind
     environment = os.environ | {"QVP_FAULT": f"{operation} {fault}" if fault else ""}
     only = ["--only", SHOWS_ON.get((operation, fault), operation)] if fault else []
-    done = subprocess.run([program, *CHANGING, *COMMON, *only, *options], env=environment, text=True, check=False,
-                          stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, timeout=60)
+    command = [program, *CHANGING, *COMMON, *only, *options]
+    try:
+        done = subprocess.run(command, env=environment, text=True, check=False, timeout=60,
+                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)  # fmt: skip
+    except subprocess.TimeoutExpired:
+        return None, ["does not come to an end"]
     return done.returncode, done.stdout.splitlines()
 
 
