@@ -14,6 +14,7 @@ CLIENT = {"client", "client/commands", "client/settings", "client/session"}
 MAY_INCLUDE = {
     "protocol": set(),
     "platform": set(),
+    "platform/example": {"platform"},
     LINUX: {"platform", f"{LINUX}/common"},
     f"{LINUX}/common": {"platform"},
     f"{LINUX}/network": {"platform", f"{LINUX}/common"},
