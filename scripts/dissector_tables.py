@@ -29,11 +29,11 @@ def column_table(document, *wanted):
     sys.exit(f"no table with the columns {', '.join(wanted)}")
 
 
-def display_kind(kind, dimensions, comment):
+def display_kind(kind, name, dimensions, comment):
     """How a field is shown: what its type says, or for bytes what their comment says."""
     if kind != "uint8_t":
         return kind
-    if not dimensions:
+    if not dimensions and not name.startswith("reserved"):
         return "byte"
     return "base64" if "Base64" in comment else "text" if re.search(r"\btext\b", comment) else "bytes"
 
@@ -43,7 +43,7 @@ def layout_lines(layouts, struct):
     yield f"            size = {layouts.size(struct)},"
     for field in layouts.structs[struct]:
         kind, name, dimensions, comment = field
-        shown = display_kind(kind, dimensions, comment)
+        shown = display_kind(kind, name, dimensions, comment)
         count = dimensions[0] if dimensions and (kind != "uint8_t" or len(dimensions) > 1) else 1
         offset, width = layouts.offset(struct, name), layouts.width(field) // count
         row = [str(offset), str(width), quoted(name), quoted(shown), quoted(comment), *([str(count)] if count > 1 else [])]

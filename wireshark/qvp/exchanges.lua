@@ -4,6 +4,8 @@
 -- what came behind it is complete only from the second look on.
 local exchanges = {}
 
+local NOT_TWO_STARTS = 1 -- seconds
+
 local latest, reports, of_frame
 
 function exchanges.forget()
@@ -75,8 +77,8 @@ function exchanges.take_report(frame, time, packet)
     if before then
         local steps = (packet.sequence - before.sequence) % 0x10000
         found.previous, found.interval = before.frame, time - before.time
-        found.is_repeated = steps == 0
-        found.is_restart = steps >= 0x8000
+        found.is_repeated = steps == 0 and (packet.sequence ~= 0 or found.interval < NOT_TWO_STARTS)
+        found.is_restart = steps >= 0x8000 or steps == 0 and not found.is_repeated
         found.missed = not found.is_restart and steps > 1 and steps - 1 or nil
     end
     reports[packet.mac] = { frame = frame, time = time, sequence = packet.sequence }

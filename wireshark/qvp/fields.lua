@@ -106,6 +106,7 @@ local function show_text(view, tree, name, at, width, kind)
     if not decoded then
         view.tell("not_base64", item)
     end
+    return item
 end
 
 local function show_byte(view, tree, name, at)
@@ -149,11 +150,12 @@ local SHOW = {
     end,
 }
 
-function fields.show_one(view, tree, name, kind, at, width)
+local function show_one(view, tree, name, kind, at, width)
     local there = math.min(width, view.length - at)
     if there == width or there > 0 and MAY_BE_CUT[kind] then
-        SHOW[kind](view, tree, name, at, there, kind)
+        return SHOW[kind](view, tree, name, at, there, kind)
     end
+    return nil
 end
 
 -- Networks fill the slots from the first one on; behind them is nothing, or what no network looks like.
@@ -188,6 +190,9 @@ end
 
 -- The fields behind the header, as far as the datagram has them.
 function fields.show(view, tree, layout, start)
+    if layout == "PacketHeader" then
+        return
+    end
     for _, row in ipairs(tables.layouts[layout]) do
         local at, width, name, kind, count = start + row[1], row[2], row[3], row[4], row[6] or 1
         if kind == "SiteEntry" then
@@ -195,12 +200,13 @@ function fields.show(view, tree, layout, start)
         elseif name == "opcodes" then
             show_commands(view, tree, name, at, count)
         elseif tables.layouts[kind] then
-            if kind ~= "PacketHeader" then
-                fields.show(view, tree, kind, at)
-            end
+            fields.show(view, tree, kind, at)
         else
             for number = 0, count - 1 do
-                fields.show_one(view, tree, name, kind, at + number * width, width)
+                local item = show_one(view, tree, name, kind, at + number * width, width)
+                if item and count > 1 then
+                    item:append_text(" (number " .. number .. ")")
+                end
             end
         end
     end
@@ -215,7 +221,7 @@ function fields.show_header(view, tree)
         elseif name == "status" and view.is_request then
             name = "selector"
         end
-        fields.show_one(view, tree, name, kind, at, width)
+        show_one(view, tree, name, kind, at, width)
     end
 end
 

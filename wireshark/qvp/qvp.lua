@@ -64,9 +64,8 @@ local function check_lengths(view, root, header, layout, length)
         return
     end
     if header.payload_length ~= length - HEADER then
-        local name = view.is_request and "request_length" or "declared_length"
-        view.tell(name, view.items.payload_length,
-            string.format("The header declares %d bytes behind it, there are %d", header.payload_length, length - HEADER))
+        view.tell(view.is_request and "request_length" or "declared_length", view.items.payload_length,
+            string.format("%d bytes are declared, there are %d", header.payload_length, length - HEADER))
     end
     local least, most = datagram.sizes(layout)
     if length < least then

@@ -1,10 +1,10 @@
 -- A datagram in one line, for the column "Info".
 local summary = {}
 
-local constants, fields
+local constants, fields, text
 
 function summary.use(modules)
-    constants, fields = modules.tables.constants, modules.fields
+    constants, fields, text = modules.tables.constants, modules.fields, modules.text
 end
 
 local function named(seen)
@@ -18,7 +18,9 @@ end
 
 local function clock(seen)
     local zone = fields.word("timezone", seen.timezone) or seen.timezone
-    return string.format("%s, zone %s", seen.local_time or "?", zone or "?")
+    local time = seen.local_time or ""
+    local shown = text.time(time) or time:match("^0+$") and "clock as it is" or time
+    return string.format("%s, zone %s", shown, zone or "?")
 end
 
 local REQUESTS = {

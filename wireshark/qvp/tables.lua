@@ -203,7 +203,7 @@ return {
             {39, 1, "authentication", "byte", "code"},
             {40, 1, "encryption", "byte", "0-4"},
             {41, 64, "key", "text", "active WEP key or pre-shared key, text"},
-            {105, 1, "reserved_105", "byte", "zero"},
+            {105, 1, "reserved_105", "bytes", "zero"},
             {106, 2, "capabilities", "bytes", "get: 0F 1B"},
         },
         SimpleWifiReply = {
@@ -277,7 +277,7 @@ return {
             {38, 1, "mode_encryption", "byte", "low nibble mode 0-1, high nibble encryption 0-4"},
             {39, 1, "auth_key_length", "byte", "low nibble authentication code, high nibble WEP key length 0-1"},
             {40, 1, "key_format_active", "byte", "low nibble WEP key format 0-1, high nibble active WEP key 0-3"},
-            {41, 1, "reserved_41", "byte", "zero"},
+            {41, 1, "reserved_41", "bytes", "zero"},
             {42, 32, "wep_key", "text", "text, at most 31 bytes each", 4},
             {170, 68, "pre_shared_key", "text", "text, at most 67 bytes"},
             {238, 10, "capabilities", "bytes", "get: FF 00 00 00 03 0F 1B 03 03 0F"},

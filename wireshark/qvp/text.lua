@@ -49,10 +49,10 @@ function text.from_base64(encoded)
     return table.concat(bytes)
 end
 
--- "20260131235900" as people write it; nil for anything else.
+-- "20260131235900" as people write it; nil for anything else, zeros among it.
 function text.time(digits)
     local year, month, day, hour, minute, second = digits:match("^(%d%d%d%d)(%d%d)(%d%d)(%d%d)(%d%d)(%d%d)$")
-    return year and string.format("%s-%s-%s %s:%s:%s", year, month, day, hour, minute, second)
+    return year and digits:find("[^0]") and string.format("%s-%s-%s %s:%s:%s", year, month, day, hour, minute, second)
 end
 
 return text
