@@ -97,7 +97,7 @@ class Oddities:
         for sequence, after in ((0, 1), (1, 30_000), (4, 90_000), (4, 1), (0, 20_000), (0, 20_000), (0, 1)):
             self.answer(spoiled(report, {2: le16(sequence)}), after=after)
         self.begin("reports: the counter wraps, and is lower after a start that was not heard")
-        for sequence in (0xFFFF, 0, 1000, 3):
+        for sequence in (0xFFFF, 0, 1000, 3, 40000, 0):
             self.answer(spoiled(report, {2: le16(sequence), 6: STRANGER[::-1]}), after=30_000)
 
     def lengths(self):
@@ -105,6 +105,11 @@ class Oddities:
         self.begin("lengths: another one declared")
         self.ask(spoiled(asked, {20: le16(0)}))
         self.answer(spoiled(answered, {20: le16(101)}))
+        self.begin("lengths: bytes missing in a request, a reply, a report and a header")
+        self.ask(spoiled(asked[:149], {20: le16(127)}))
+        self.answer(spoiled(answered[:-1], {20: le16(99)}))
+        self.answer(spoiled(self.real(REPORT, 0x00A0)[:300], {20: le16(278), 6: STRANGER[1:] + b"\1"}))
+        self.answer(answered[:21])
         self.begin("lengths: bytes behind the end")
         self.ask(spoiled(asked + b"12345", {20: le16(133)}))
         self.answer(spoiled(answered + b"1", {20: le16(101)}))

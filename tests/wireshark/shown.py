@@ -42,8 +42,7 @@ class Frame:
 
     def links(self):
         """What Wireshark made out by itself."""
-        lines = [line.strip() for line in self.tree]
-        return [line for line in lines if line.startswith("[") and not re.match(r"\[(Expert|Severity|Group)", line) and ": " in line]
+        return re.findall(r"^ +(\[(?!Expert|Severity|Group)[^:\]]*: .*\])$", "\n".join(self.tree), re.M)
 
 
 def frames(capture, home, *arguments):

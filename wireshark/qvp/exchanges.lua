@@ -4,7 +4,8 @@
 -- what came behind it is complete only from the second look on.
 local exchanges = {}
 
-local NOT_TWO_STARTS = 1 -- seconds
+local BETWEEN_REPORTS = 30 -- seconds
+local NOT_TWO_STARTS = 1
 
 local latest, reports, of_frame
 
@@ -71,14 +72,23 @@ function exchanges.take_reply(frame, time, requester, packet)
         { frame = frame, mac = packet.mac, bytes = packet.bytes, time = found.time, sender = packet.sender }
 end
 
+-- A counter that is lower than before has wrapped if there was time for that many reports, else it began anew.
+local function is_restart(before, sequence, interval)
+    if sequence == before.sequence then
+        return sequence == 0 and interval >= NOT_TWO_STARTS
+    end
+    local steps = (sequence - before.sequence) % 0x10000
+    return sequence < before.sequence and steps > interval / BETWEEN_REPORTS + 1
+end
+
 function exchanges.take_report(frame, time, packet)
     local before = reports[packet.mac]
     local found = { role = "report" }
     if before then
-        local steps = (packet.sequence - before.sequence) % 0x10000
         found.previous, found.interval = before.frame, time - before.time
-        found.is_repeated = steps == 0 and (packet.sequence ~= 0 or found.interval < NOT_TWO_STARTS)
-        found.is_restart = steps >= 0x8000 or steps == 0 and not found.is_repeated
+        found.is_restart = is_restart(before, packet.sequence, found.interval)
+        found.is_repeated = not found.is_restart and packet.sequence == before.sequence
+        local steps = (packet.sequence - before.sequence) % 0x10000
         found.missed = not found.is_restart and steps > 1 and steps - 1 or nil
     end
     reports[packet.mac] = { frame = frame, time = time, sequence = packet.sequence }

@@ -88,7 +88,7 @@ function links.show_report(view, tree, frame)
     local item = add(tree, "previous_report", found.previous)
     add_time(tree, "report_interval", found.interval)
     if found.is_restart then
-        view.tell("restart", item, "The daemon has started anew: the counter began again")
+        view.tell("restart", item, "The daemon has started anew, and its counter with it")
         view.mark("Restarted")
     elseif found.is_repeated then
         view.tell("repeated_report", item)

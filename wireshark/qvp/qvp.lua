@@ -56,7 +56,7 @@ local function show_less_than_header(view, pinfo, root)
         view.tell("short", root, string.format("%d bytes, and the header alone has %d", view.length, HEADER))
         view.mark("Malformed")
     end
-    finish(view, pinfo, root, "Shorter than the header")
+    finish(view, pinfo, root, view.is_cut and "Cut off within the header" or "Shorter than the header")
 end
 
 local function check_lengths(view, root, header, layout, length)
@@ -83,7 +83,7 @@ end
 local function tell_outcome(view, header)
     local item = view.items.status
     if header.status == constants.kRefused then
-        local reason = view.seen.result and view.seen.result ~= 0 and fields.word("result", view.seen.result)
+        local reason = modules.summary.reason(view.seen)
         view.tell("refused", item, "Refused" .. (reason and ": " .. reason or ""))
     elseif header.status == constants.kNotLogin then
         view.tell("wrong_login", item)

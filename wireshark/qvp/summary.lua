@@ -8,7 +8,7 @@ function summary.use(modules)
 end
 
 local function named(seen)
-    return string.format('"%s" at %s', seen.name or "", seen.address or "?")
+    return seen.name and string.format('"%s" at %s', seen.name, seen.address or "?") or seen.address or "?"
 end
 
 local function network(seen)
@@ -66,10 +66,16 @@ function summary.request(view, recipient)
     return title(view) .. " request to " .. recipient .. (more and ": " .. more or "")
 end
 
+-- Why a setting was refused; nil when the camera does not tell.
+function summary.reason(seen)
+    local code = seen.result or 0
+    return code ~= 0 and (fields.word("result", code) or "result " .. code) or nil
+end
+
 local function outcome(view)
     local seen = view.seen
     if seen.status == constants.kRefused then
-        local reason = seen.result and seen.result ~= 0 and (fields.word("result", seen.result) or seen.result)
+        local reason = summary.reason(seen)
         return "refused" .. (reason and ", " .. reason or "")
     elseif seen.status == constants.kNotLogin then
         return "refused, wrong user name or password"
