@@ -251,3 +251,14 @@ def test_every_filter_of_the_manual_finds_something(cut, home):
 def test_filters_find_what_they_say(session, home):
     found = counts(home / "session.pcap", home, ["qvp.result != 0", "qvp.status == 3", "qvp.time", "qvp.response_in"])
     assert found == {"qvp.result != 0": 8, "qvp.status == 3": 2, "qvp.time": 46, "qvp.response_in": 44}
+
+
+# --- Installing -------------------------------------------------------------------------------------------------------
+
+def test_the_folder_is_all_there_is_to_install(session, home, tmp_path):
+    """By the commands of the manual. Wireshark starts every file of the folder, in whatever order."""
+    commands = re.search(r"^```sh\n(mkdir .*?)^```", (shown.TREE / "wireshark/README.md").read_text(), re.M | re.S)[1]
+    subprocess.run(["sh", "-e", "-c", commands], cwd=shown.TREE, env=os.environ | {"HOME": str(tmp_path)}, check=True)
+    installed = shown.tshark(home / "session.pcap", tmp_path, script=())
+    assert installed == shown.tshark(home / "session.pcap", home)
+    assert "Discovery request to every camera" in installed

@@ -11,10 +11,10 @@ LINE = re.compile(r"^ *(\d+) +(\S+) +→ +(\S+) +(\S+) (.*)$")
 PATIENCE = 240
 
 
-def tshark(capture, home, *arguments):
+def tshark(capture, home, *arguments, script=("-X", f"lua_script:{DISSECTOR}")):
     """In a home of its own, where nobody's plugins and preferences are."""
     environment = {"PATH": os.environ["PATH"], "HOME": str(home), "LC_ALL": "C.UTF-8", "TZ": "UTC"}
-    done = subprocess.run(["tshark", "-n", "-r", capture, "-X", f"lua_script:{DISSECTOR}", *arguments], env=environment,
+    done = subprocess.run(["tshark", "-n", "-r", capture, *script, *arguments], env=environment,
                           stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=PATIENCE, check=False)
     assert done.returncode == 0, done.stderr
     assert "Lua" not in done.stderr, done.stderr

@@ -94,7 +94,7 @@ end
 
 -- Behind a refused login stand zeros, which mean nothing.
 local function has_payload(header)
-    return header.status ~= constants.kNotLogin or header.bytes:find("[^%z]", HEADER + 1) ~= nil
+    return header.status ~= constants.kNotLogin or header.bytes:find("[^\0]", HEADER + 1) ~= nil
 end
 
 local function show_body(view, root, header, layout, length)

@@ -21,7 +21,7 @@ end
 
 -- What can be shown of bytes that may be anything.
 function text.printable(bytes)
-    bytes = bytes:gsub("[%z\1-\31\127]", escaped)
+    bytes = bytes:gsub("%c", escaped)
     return is_utf8(bytes) and bytes or (bytes:gsub("[\x80-\xFF]", escaped))
 end
 
