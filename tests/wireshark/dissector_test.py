@@ -36,7 +36,8 @@ def compare(name, text):
 
 def run_tool(*arguments, password=PASSWORD, status=0):
     environment = os.environ | {"QVPCTL_PASSWORD": password.decode(), "NEW": NEW_PASSWORD.decode()}
-    done = subprocess.run([QVPCTL, *arguments], env=environment, capture_output=True, text=True, timeout=120, check=False)
+    done = subprocess.run([QVPCTL, *arguments], env=environment, stdin=subprocess.DEVNULL, capture_output=True,
+                          text=True, timeout=120, check=False)
     assert done.returncode == status, done.stderr
 
 
@@ -79,7 +80,7 @@ def look_alikes(session, odd, tool_frames):
 
 @pytest.fixture(scope="module")
 def cut(session, look_alikes, home):
-    """{frame: (the whole datagram, how many bytes there are)}: every kind at every length, each on a port of its own."""
+    """{frame: (the whole datagram, how many bytes there are)}: every kind at every length, on a port of its own."""
     session.capture.write(home / "odd.pcap")
     kinds = {(magic, opcode, length): data for (magic, opcode, _, length), data in session.kinds.items()}
     found = {}
@@ -147,8 +148,8 @@ def lines_of_case(frames, numbers):
 
 
 def test_oddities(odd, frames):
-    text = "".join(f"# {case}\n" + "\n".join(lines_of_case(frames, numbers)) + "\n\n" for case, numbers in odd.cases.items())
-    compare("oddities.txt", text)
+    cases = ("\n".join([f"# {case}", *lines_of_case(frames, numbers)]) for case, numbers in odd.cases.items())
+    compare("oddities.txt", "\n\n".join(cases) + "\n")
 
 
 def test_bytes_that_are_no_text_are_shown_as_such(odd, frames):
@@ -237,7 +238,8 @@ def filters_of_the_manual():
 
 def counts(capture, home, filters):
     """How many frames each filter finds."""
-    text = shown.tshark(capture, home, "-2", "-q", "-z", "io,stat,0," + ",".join(f"COUNT(frame){one} && frame" for one in filters))
+    columns = ",".join(f"COUNT(frame)frame && ({one})" for one in filters)
+    text = shown.tshark(capture, home, "-2", "-q", "-z", f"io,stat,0,{columns}")
     row = next(line for line in text.splitlines() if "<>" in line)
     return dict(zip(filters, map(int, row.strip("| ").split("|")[1:])))
 

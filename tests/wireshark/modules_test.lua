@@ -31,7 +31,7 @@ expect(text.time("2026013123590"), nil)
 
 local exchanges = part("exchanges")
 local function packet(fields)
-    return { identity = "\1\2", mac = fields.mac or "camera", bytes = fields.bytes, sender = "here", sequence = fields.sequence }
+    return { identity = "\1\2", mac = "camera", bytes = fields.bytes, sender = "here", sequence = fields.sequence }
 end
 exchanges.take_request(1, 0.0, "tool", packet({ bytes = "ask" }))
 exchanges.take_request(2, 1.0, "tool", packet({ bytes = "ask" }))

@@ -141,5 +141,5 @@ class Oddities:
         self.begin("quoted by an ICMP error")
         self.ask(asked)
         self.answer(answered)
-        packet = udp_packet((CAMERA, PORT), (TOOL, self.port), answered)
+        packet = udp_packet((CAMERA, PORT), (TOOL, self.port), spoiled(answered, {16: le16(2)}))
         self.frames.append(self.capture.add(icmp_port_unreachable(TOOL, CAMERA, packet[:200])))

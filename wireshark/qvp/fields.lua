@@ -93,7 +93,7 @@ local function show_text(view, tree, name, at, width, kind)
     local decoded = kind == "text" and content or text.from_base64(content)
     local readable = text.printable(decoded or content)
     local item
-    if meanings.secrets[name] and not fields.show_secrets then
+    if meanings.is_secret(name) and not fields.show_secrets then
         -- On none of the datagram's bytes: exports write out the bytes of every item.
         item = tree:add(fields.by_name[name], view.tvb(at, 0), "hidden")
     else

@@ -41,16 +41,12 @@ meanings.labels = {
     wep_key_length = "WEP key length",
 }
 
--- Shown only when the preference says so.
-meanings.secrets = {
-    password = true,
-    new_password = true,
-    pppoe_password = true,
-    ddns_password = true,
-    wep_key = true,
-    pre_shared_key = true,
-    key = true,
-}
+local KEYS = { wep_key = true, pre_shared_key = true, key = true }
+
+-- What is shown only when the preference says so.
+function meanings.is_secret(name)
+    return KEYS[name] or name:find("password", 1, true) ~= nil
+end
 
 local on_off = { [0] = "off", [1] = "on" }
 local no_yes = { [0] = "no", [1] = "yes" }
