@@ -26,6 +26,7 @@ def sound(odd):
             yield odd.real(magic, opcode)
     yield odd.real(REQUEST, 0x00A1, LANDAP)
     yield odd.real(REPLY, 0x00A1, LANDAP)
+    yield odd.real(REQUEST, 0x00A5, LANDAP)
     yield spoiled(odd.real(REQUEST, 0x00AC), {20: le16(0)})  # cameras do not look at it
 
 
@@ -40,8 +41,11 @@ def unsound(odd):
         yield spoiled(datagram, {18: le16(3)})
         yield spoiled(datagram, {20: le16(5)})
         yield spoiled(datagram, {6: bytes(6)})
+        length = len(datagram) - 22
         yield datagram[:-1]
         yield datagram + b"\0"
+        yield spoiled(datagram[:-1], {20: le16(length - 1)})
+        yield spoiled(datagram + b"\0", {20: le16(length + 1)})
     yield spoiled(answered, {6: EVERYONE})
     yield spoiled(report, {18: le16(LANDAP)})
     yield spoiled(report, {16: le16(2)})
@@ -55,5 +59,6 @@ def unsound(odd):
 class LookAlikes:
     def __init__(self, capture, odd):
         self.strangers = [capture.udp((HERE, port), (THERE, PORT), payload) for port, payload in strangers()]
-        self.sound = [capture.udp((HERE, 40001), (THERE, 40002), payload) for payload in sound(odd)]
-        self.unsound = [capture.udp((HERE, 40001), (THERE, 40002), payload) for payload in unsound(odd)]
+        # Each on a port of its own: what some protocol takes for its own once, it is given from then on.
+        self.sound = [capture.udp((HERE, port), (THERE, 40000), data) for port, data in enumerate(sound(odd), 42000)]
+        self.unsound = [capture.udp((HERE, port), (THERE, 40000), data) for port, data in enumerate(unsound(odd), 43000)]
