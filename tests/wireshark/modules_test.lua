@@ -43,6 +43,19 @@ expect(exchanges.of(3).time, 0.25)
 expect(exchanges.of(3).time_from_first, 1.25)
 expect(exchanges.of(4).response_to, nil)
 
+-- What a camera answers belongs to the later of two requests, to it and to every camera.
+local function request_to(mac)
+    return { identity = "\3", mac = mac, bytes = mac }
+end
+local everyone = string.rep("\255", 6)
+exchanges.take_request(11, 1, "tool", request_to(everyone))
+exchanges.take_request(12, 2, "tool", request_to("camera"))
+exchanges.take_reply(13, 3, "tool", request_to("camera"))
+exchanges.take_request(14, 4, "tool", request_to(everyone))
+exchanges.take_reply(15, 5, "tool", request_to("camera"))
+expect(exchanges.of(13).response_to, 12)
+expect(exchanges.of(15).response_to, 14)
+
 exchanges.take_report(5, 2.0, packet({ sequence = 65535 }))
 exchanges.take_report(6, 92.0, packet({ sequence = 2 }))
 expect(string.format("%d", exchanges.of(6).missed), "2")
@@ -62,3 +75,5 @@ expect(reply({ opcode = 0xA9, status = 0, result = 0, wait_kind = 2, millisecond
     "Set wireless settings reply: done, away for 5 s")
 expect(reply({ opcode = 0xA2, status = 2, result = 3 }), "Set basic information reply: refused, port 0 or 8088")
 expect(reply({ opcode = 0xA5, status = 0, commands = 9 }), "Supported-function query reply: 9 commands")
+expect(summary.request({ seen = { opcode = 0xA2, dhcp = 1, name = "Gate", address = "0.0.0.0" } }, "it"),
+    'Set basic information request to it: "Gate" by DHCP')
