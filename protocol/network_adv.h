@@ -7,7 +7,7 @@
 struct NetworkAdvBlock {
     uint8_t leading;             // get 0; set 0 or 1
     uint8_t pppoe_user[64];      // text, at most 63 bytes; not read from requests
-    uint8_t pppoe_password[64];  // get: the user name again; not read from requests
+    uint8_t pppoe_password[64];  // text; get: the user name again; not read from requests
     uint8_t service_values;      // bit 0 UPnP enabled; bit 1 get: PPPoE enabled
     uint8_t service_mask;        // get: the values again; set: what to apply, bit 0 UPnP, bit 1 DDNS
     uint8_t flag;                // get 1; set 0
@@ -15,7 +15,7 @@ struct NetworkAdvBlock {
     uint8_t ddns_password[64];   // text
     uint8_t ddns_host[64];       // text
     uint8_t provider_count;      // get 1; not read from requests
-    uint8_t provider_list[200];  // get: host name and ";"; not read from requests
+    uint8_t provider_list[200];  // text; get: host name and ";"; not read from requests
 };
 static_assert(sizeof(NetworkAdvBlock) == 525);
 static_assert(offsetof(NetworkAdvBlock, service_values) == 129);

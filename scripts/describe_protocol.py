@@ -4,6 +4,10 @@
     scripts/describe_protocol.py --update docs/protocol.md    rewrite every table in place
     scripts/describe_protocol.py --check docs/protocol.md     exit 1 and name the tables that differ
 
+The same makes and checks the tables of the Wireshark dissector, which are a file by themselves:
+
+    scripts/describe_protocol.py --update wireshark/qvp/tables.lua
+
 A table stands in the document between the lines "<!-- layout NAME [from OFFSET] -->" and "<!-- end -->": one row a field
 of the struct NAME, with its offset counted from OFFSET (0 if not given), its width, its name and the comment behind it.
 """
@@ -12,6 +16,8 @@ import difflib
 import pathlib
 import re
 import sys
+
+from dissector_tables import dissector_tables
 
 PRIMITIVES = {"uint8_t": 1, "Le16": 2, "Le32": 4, "Be16": 2, "Be32": 4, "Ipv4": 4, "Mac": 6}
 KINDS = {"Le16": "little-endian", "Le32": "little-endian", "Be16": "big-endian", "Be32": "big-endian"}
@@ -102,16 +108,20 @@ def main():
     parser.add_argument("document", type=pathlib.Path)
     options = parser.parse_args()
 
-    layouts = Layouts(pathlib.Path(__file__).resolve().parent.parent / "protocol")
-    before = options.document.read_text()
+    top = pathlib.Path(__file__).resolve().parent.parent
+    layouts = Layouts(top / "protocol")
+    before = options.document.read_text() if options.document.exists() else ""
     shown = set()
 
     def render(match):
         shown.add(match.group(2))
         return match.group(1) + table(layouts, match.group(2), int(match.group(3) or 0)) + match.group(4)
 
-    after = BLOCK.sub(render, before)
-    missing = sorted(name for name in layouts.structs if name not in shown)
+    if options.document.suffix == ".lua":
+        after, missing = dissector_tables(layouts, top), []
+    else:
+        after = BLOCK.sub(render, before)
+        missing = sorted(name for name in layouts.structs if name not in shown)
     if options.update:
         options.document.write_text(after)
     differences = difflib.unified_diff(before.splitlines(), after.splitlines(), "the document", "the layouts", lineterm="")
