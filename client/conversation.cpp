@@ -13,10 +13,13 @@ Conversation::Conversation(Link& link, Family family, Target target, Patience pa
                            std::function<void(const std::string&)> note)
     : link_(link), family_(family), target_(std::move(target)), patience_(patience), note_(std::move(note)) {}
 
-void Conversation::moveTo(Ipv4 address) { target_.address = address; }
+void Conversation::moveTo(Ipv4 address) {
+    if (!std::ranges::equal(address.bytes, target_.address.bytes)) target_.isShared = false;
+    target_.address = address;
+}
 
 void Conversation::send(std::span<const uint8_t> request, int attempt) {
-    const bool isDirect = attempt == 0 && isNear(target_.interface, target_.address);
+    const bool isDirect = attempt == 0 && !target_.isShared && isNear(target_.interface, target_.address);
     const int error = isDirect ? link_.send(target_.address, request) : link_.broadcast(target_.interface, request);
     if (error != 0 && !isDirect) throw localError("interface " + target_.interface.name + ": cannot send", error);
 }

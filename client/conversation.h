@@ -15,8 +15,9 @@ namespace client {
 // Where a camera is found.
 struct Target {
     Mac mac;
-    Ipv4 address;         // 0.0.0.0: not known
-    Interface interface;  // of this machine, where it is heard
+    Ipv4 address;           // 0.0.0.0: not known
+    Interface interface;    // of this machine, where it is heard
+    bool isShared = false;  // another camera has that address too: only what goes to everybody reaches this one
 };
 
 struct Patience {
@@ -35,7 +36,7 @@ public:
 
     const Target& target() const { return target_; }
 
-    // From here on the camera is thought to be at that address.
+    // From here on the camera is thought to be at that address; if it is a new one, alone.
     void moveTo(Ipv4 address);
     Family family() const { return family_; }
 

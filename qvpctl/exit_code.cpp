@@ -35,7 +35,8 @@ const char* exitStatusHelp() {
            "  3  this machine: no such interface, no permission, output that cannot be written\n"
            "  4  the camera refused user name or password\n"
            "  5  the camera refused the change\n"
-           "  6  sent, but not seen in the camera afterwards";
+           "  6  sent, but not seen in the camera afterwards\n"
+           "  7  with --exit-code: a camera is not as the file has it";
 }
 
 const char* stableName(client::ErrorKind kind) { return meaningOf(kind).name; }

@@ -11,6 +11,7 @@ enum ExitCode {
     kCredentialsRefused = 4,  // user name or password
     kRefusedByCamera = 5,     // by the camera
     kUnverified = 6,          // accepted by the camera, but not seen there afterwards
+    kDifferent = 7,           // a camera is not as its file has it, where that was asked
 };
 
 ExitCode exitCodeOf(client::ErrorKind kind);

@@ -49,6 +49,10 @@ void addNeededWords(CLI::App& app, const char* name, std::vector<std::string>& w
     app.add_option(name, words, help)->required()->type_name("");
 }
 
+void addNeededWord(CLI::App& app, const char* name, std::string& word, const char* help) {
+    app.add_option(name, word, help)->required()->type_name("")->check(checkNotEmpty);
+}
+
 void addChoice(CLI::App& app, const char* name, std::string& word, const std::vector<std::string>& words,
                const char* help) {
     CLI::Option* option = app.add_option(name, word, help)->check(isOneOf(words));
@@ -89,6 +93,10 @@ void addText(CLI::App& app, const char* names, std::string& text, const char* ty
 
 void addCount(CLI::App& app, const char* names, uint32_t& count, const char* help) {
     app.add_option(names, count, help)->type_name("N")->check(checkCount);
+}
+
+void addBoundedCount(CLI::App& app, const char* names, uint32_t& count, uint32_t most, const char* help) {
+    app.add_option(names, count, help)->type_name("N")->check(CLI::Range(uint32_t{1}, most).description(""));
 }
 
 void addFlag(CLI::App& app, const char* names, bool& flag, const char* help) { app.add_flag(names, flag, help); }

@@ -34,6 +34,7 @@ void addCommonOptions(CLI::App& app, CommonOptions& options);
 void addCamera(CLI::App& app, std::string& camera);
 void addWords(CLI::App& app, const char* name, std::vector<std::string>& words, const char* help);
 void addNeededWords(CLI::App& app, const char* name, std::vector<std::string>& words, const char* help);
+void addNeededWord(CLI::App& app, const char* name, std::string& word, const char* help);
 // The words are what completion offers, too.
 void addChoice(CLI::App& app, const char* name, std::string& word, const std::vector<std::string>& words,
                const char* help);
@@ -43,6 +44,7 @@ void addList(CLI::App& app, const char* names, std::vector<std::string>& words, 
              const char* help);
 void addText(CLI::App& app, const char* names, std::string& text, const char* type, const char* help);
 void addCount(CLI::App& app, const char* names, uint32_t& count, const char* help);
+void addBoundedCount(CLI::App& app, const char* names, uint32_t& count, uint32_t most, const char* help);  // from 1
 void addFlag(CLI::App& app, const char* names, bool& flag, const char* help);
 
 // Text at the end of the help page, made when it is shown.

@@ -97,6 +97,6 @@ Found findCamera(client::Link& link, const CommonOptions& options, const std::st
 client::Session openSession(client::Link& link, const CommonOptions& options, const Found& camera,
                             const client::Login& login) {
     const client::Patience patience{options.wait(), static_cast<int>(options.retries) + 1};
-    const client::Target target{camera.camera.mac, camera.camera.address, camera.interface};
+    const client::Target target{camera.camera.mac, camera.camera.address, camera.interface, camera.sharesAddress};
     return client::Session(link, client::Conversation(link, options.family, target, patience, say), login);
 }

@@ -179,3 +179,14 @@ TEST_F(ConversationTest, ABroadcastThatCannotBeSentIsAnErrorOfThisMachine) {
         EXPECT_STREQ(error.what(), "interface eth0: cannot send: Network is unreachable");
     }
 }
+
+TEST_F(ConversationTest, ACameraThatSharesItsAddressIsAskedByBroadcastUntilItHasOneOfItsOwn) {
+    const Target target{kMac, {{192, 0, 2, 10}}, nearInterface(), true};
+    Conversation conversation(link_, Family::Primary, target, {2s, 1}, [](const std::string&) {});
+    conversation.ask(0x00A2, Bytes(150), 38);
+    conversation.moveTo({{192, 0, 2, 10}});
+    conversation.ask(0x00A2, Bytes(150), 38);
+    conversation.moveTo({{192, 0, 2, 11}});
+    conversation.ask(0x00A2, Bytes(150), 38);
+    EXPECT_THAT(receivers(), ElementsAre("all on eth0", "all on eth0", "192.0.2.11"));
+}

@@ -10,7 +10,7 @@ import sys
 
 LINUX = "platform/linux"
 BELOW_COMMANDS = {"src/util", "src/camera", "src/system", "protocol", "platform"}
-CLIENT = {"client", "client/commands", "client/settings", "client/session"}
+CLIENT = {"client", "client/commands", "client/settings", "client/session", "client/fleet"}
 MAY_INCLUDE = {
     "protocol": set(),
     "platform": set(),
@@ -32,8 +32,10 @@ MAY_INCLUDE = {
     "client/commands": {"client", "protocol"},
     "client/settings": {"client", "client/commands", "protocol"},
     "client/session": {"client", "client/commands", "client/settings", "protocol"},
+    "client/fleet": {"client", "client/commands", "client/settings", "client/session", "protocol"},
     "qvpctl": CLIENT | {"protocol"},
-    "qvpctl/commands": CLIENT | {"qvpctl", "protocol"},
+    "qvpctl/fleet": CLIENT | {"qvpctl", "protocol"},
+    "qvpctl/commands": CLIENT | {"qvpctl", "qvpctl/fleet", "protocol"},
 }
 OUTSIDE = {"tests", "virtual-camera", "bench", "build"}  # top folders whose sources are not on a floor
 ROOTS = ["", "src", "platform", LINUX]  # what the compiler searches

@@ -1,0 +1,81 @@
+// What the commands share that work with a file of cameras.
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "client/error.h"
+#include "client/fleet/camera_file.h"
+#include "client/fleet/camera_job.h"
+#include "client/fleet/conflicts.h"
+#include "qvpctl/exit_code.h"
+#include "qvpctl/options.h"
+#include "qvpctl/output.h"
+
+struct FleetOptions {
+    std::string file;
+    uint32_t parallel = 8;
+    bool elsewhere = false;
+};
+
+void addFile(CLI::App& app, FleetOptions& options);
+void addParallel(CLI::App& app, FleetOptions& options);
+void addElsewhere(CLI::App& app, FleetOptions& options);
+
+// Throws Error Local for a file that cannot be read, and BadValue with every fault of it.
+client::CameraFile loadCameraFile(const std::string& path);
+
+// The faults as one error, each with file, line and column.
+client::Error faultsOf(const std::string& path, const std::vector<client::Fault>& faults);
+
+// Asks everybody who is there, and listens for the reports of those that are looked for and do not answer.
+std::vector<client::Found> callRoll(const CommonOptions& common, int stop, std::span<const client::FileCamera> cameras);
+
+// A camera of the file as it was found: with a plan, or an error that says why there is none.
+struct Reading {
+    const client::FileCamera* camera = nullptr;
+    std::optional<client::Found> found;
+    std::optional<client::CameraPlan> plan;
+    std::optional<client::Error> error;
+
+    bool hasChanges() const { return plan && !plan->changes.empty(); }
+};
+
+// The login of the options and, for a camera that the file gives another password, that one.
+std::vector<client::Login> loginsFor(const client::FileCamera& camera, const client::Login& login);
+
+class Fleet {
+public:
+    Fleet(FleetOptions options, const CommonOptions& common, int stop);
+
+    // Reads every camera.
+    void read();
+
+    // Throws Error BadValue with everything that the cameras would refuse and, if asked, that would not go together.
+    enum class Conflicts { Ignored, Refused };
+    void refuseFaults(Conflicts conflicts) const;
+
+    const client::CameraFile& file() const { return file_; }
+    const std::vector<Reading>& readings() const { return readings_; }
+    const client::Login& login() const { return login_; }
+
+private:
+    Reading readOne(const client::FileCamera& camera) const;
+    std::vector<client::Fault> conflicts() const;
+
+    FleetOptions options_;
+    const CommonOptions& common_;
+    int stop_;
+    client::CameraFile file_;
+    client::Login login_;
+    std::vector<client::Found> found_;
+    std::vector<Reading> readings_;
+};
+
+// How a command ends for which these cameras could not be read; the highest status that one of them comes to.
+ExitCode worstOf(const std::vector<Reading>& readings);
+
+// "unreachable" or "failed".
+const char* resultOf(const client::Error& error);

@@ -1,0 +1,23 @@
+"""What the tests of the fleet's commands share: files of cameras, and what a run says of each camera."""
+import cameras
+from cameras import mac
+
+
+def run(form, command, *arguments, **options):
+    """Cameras on this machine answer within milliseconds, and every run waits for all answers."""
+    return cameras.run(form, command, *arguments, "--wait", "0.5", **options)
+
+
+def write(folder, heading, *rows, name="site.csv"):
+    """A table; a row is a camera, or its MAC, and its cells."""
+    lines = [heading, *(",".join([row[0] if isinstance(row[0], str) else mac(row[0]), *row[1:]]) for row in rows)]
+    file = folder / name
+    file.write_text("\n".join(lines) + "\n")
+    return str(file)
+
+
+def by_mac(result):
+    """{MAC: record} of the cameras, and the summary."""
+    *cameras, last = result.records
+    assert "summary" in last, result
+    return {record["mac"]: record for record in cameras}, last["summary"]
