@@ -10,11 +10,14 @@
 
 namespace client {
 
+static PacketHeader requestOf(const Search& search) {
+    const uint16_t sequence = randomSequence();
+    if (!search.only) return requestToAll(search.family, opcode::kDiscovery, sequence);
+    return requestTo(*search.only, search.family, opcode::kDiscovery, sequence, sizeof(PacketHeader));
+}
+
 Finder::Finder(Link& link, Search search, std::function<void(const std::string&)> warn)
-    : link_(link),
-      search_(std::move(search)),
-      warn_(std::move(warn)),
-      request_(requestToAll(search_.family, opcode::kDiscovery, randomSequence())) {}
+    : link_(link), search_(std::move(search)), warn_(std::move(warn)), request_(requestOf(search_)) {}
 
 // One interface that cannot send does not stop the search on the others; when none can, nothing is left to wait for.
 void Finder::sendRound(bool isFirst) {

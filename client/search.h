@@ -19,6 +19,7 @@ struct Search {
     size_t expected = 0;                                        // end as soon as that many were found; 0: never
     std::function<bool(const struct Found&)> isLast = nullptr;  // end as soon as such a camera was found; null: never
     int rounds = 3;  // how often is asked in that time: broadcasts are not acknowledged, and many links lose some
+    std::optional<Mac> only = std::nullopt;  // ask this camera alone; every other one is spared the answer
 };
 
 // A camera as it was found.

@@ -4,6 +4,7 @@
 #include "qvpctl/command.h"
 
 extern const Subcommand kAlert;
+extern const Subcommand kApply;
 extern const Subcommand kCommit;
 extern const Subcommand kCompletion;
 extern const Subcommand kDiff;

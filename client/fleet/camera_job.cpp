@@ -19,18 +19,16 @@ Session CameraJob::open(const Found& found, const Login& login) {
 }
 
 Session CameraJob::openWithLogin(const Found& found) {
-    for (size_t i = 0; i + 1 < logins_.size(); i++) {
+    while (true) {
+        Session session = open(found, logins_.front());
         try {
-            Session session = open(found, logins_[i]);
             session.checkLogin();
             return session;
         } catch (const Error& error) {
-            if (error.kind() != ErrorKind::Credentials) throw;
+            if (error.kind() != ErrorKind::Credentials || logins_.size() == 1) throw;
+            logins_.erase(logins_.begin());
         }
     }
-    Session session = open(found, logins_.back());
-    session.checkLogin();
-    return session;
 }
 
 static std::vector<Group> groupsOf(const std::vector<Assignment>& assignments) {
@@ -101,12 +99,7 @@ static std::chrono::seconds awayFor(const std::vector<Group>& groups) {
     return away;
 }
 
-CameraPlan CameraJob::look(const Found& found, const std::vector<Assignment>& assignments) {
-    if (!found.answered) {
-        CameraPlan plan = planHeard(found, assignments);
-        plan.away = awayFor(plan.groups);
-        return plan;
-    }
+CameraPlan CameraJob::lookAnswering(const Found& found, const std::vector<Assignment>& assignments) {
     Session session = openWithLogin(found);
     CameraPlan plan = planOf(found, session.read(groupsOf(assignments)), assignments);
     plan.wanted = withAssignments(plan.state, assignments);
@@ -115,7 +108,13 @@ CameraPlan CameraJob::look(const Found& found, const std::vector<Assignment>& as
         if (isSame(*one.setting, plan.state, plan.wanted)) continue;
         plan.changes.push_back({one.setting, textOf(*one.setting, plan.state), textOf(*one.setting, plan.wanted)});
     }
+    return plan;
+}
+
+CameraPlan CameraJob::look(const Found& found, const std::vector<Assignment>& assignments) {
+    CameraPlan plan = found.answered ? lookAnswering(found, assignments) : planHeard(found, assignments);
     plan.away = awayFor(plan.groups);
+    plan.logins = logins_;
     return plan;
 }
 

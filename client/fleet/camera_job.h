@@ -23,6 +23,7 @@ struct CameraPlan {
     std::vector<SettingChange> changes;
     std::vector<Group> groups;     // that change, in the order in which they are sent
     std::chrono::seconds away{0};  // how long that takes the camera
+    std::vector<Login> logins;     // those that the camera has not refused, the one that it took first
 
     // Its answers do not reach this machine: what it has is known from its report alone, and what is not of the basic
     // group comes when it answers.
@@ -31,7 +32,8 @@ struct CameraPlan {
 
 class CameraJob {
 public:
-    // The logins are tried in their order, each once: after a change of the password the camera has the second.
+    // The logins are tried in their order, and one that was refused never again: after a change of the password the
+    // camera has the second.
     CameraJob(Link& link, Family family, Patience patience, std::vector<Login> logins,
               std::function<void(const std::string&)> note);
 
@@ -50,6 +52,7 @@ public:
 private:
     Session open(const Found& found, const Login& login);
     Session openWithLogin(const Found& found);
+    CameraPlan lookAnswering(const Found& found, const std::vector<Assignment>& assignments);
     void changeAnswering(Session& session, const CameraPlan& plan, const Session::Watch& watch);
     void changeHeard(const CameraPlan& plan, const Session::Watch& watch);
 

@@ -213,8 +213,9 @@ std::optional<Found> Session::findNow(const IsBack& isBack) try {
         const bool isAll = one.answered || !one.isNear;  // a report of a camera nearby comes before its answer
         return isAll && std::ranges::equal(one.camera.mac.bytes, target().mac.bytes) && isBack(one.camera);
     };
-    Finder finder(link_, {{target().interface}, conversation_.family(), std::chrono::seconds(1), 0, isIt},
-                  [](const std::string&) {});
+    Search search{{target().interface}, conversation_.family(), std::chrono::seconds(1), 0, isIt};
+    search.only = target().mac;
+    Finder finder(link_, search, [](const std::string&) {});
     finder.run([](const Found&) {});
     const std::vector<Found> all = finder.all();
     const auto found = std::ranges::find_if(all, isIt);

@@ -21,3 +21,8 @@ def by_mac(result):
     *cameras, last = result.records
     assert "summary" in last, result
     return {record["mac"]: record for record in cameras}, last["summary"]
+
+
+def results(records, of):
+    """What came of these cameras, in their order."""
+    return [records[mac(camera)]["result"] for camera in of]

@@ -1,0 +1,164 @@
+#include "qvpctl/fleet/change_run.h"
+
+#include <algorithm>
+#include <iostream>
+#include <utility>
+
+#include "client/text.h"
+#include "qvpctl/exit_code.h"
+#include "qvpctl/fleet/crew.h"
+#include "qvpctl/fleet/fleet.h"
+#include "qvpctl/fleet/plan_records.h"
+
+using client::CameraPlan;
+using client::Error;
+using client::ErrorKind;
+using client::Found;
+
+const char* Outcome::result() const {
+    if (error) return resultOf(*error);
+    return changes.empty() ? "unchanged" : "changed";
+}
+
+ChangeRun::ChangeRun(const CommonOptions& common, size_t parallel, int stop, ChangeWatch watch)
+    : common_(common), parallel_(parallel), stop_(stop), watch_(std::move(watch)) {}
+
+// What the network lost is tried again; what the camera said stands.
+static bool canBeTriedAgain(const Error& error) {
+    return error.kind() == ErrorKind::NotFound || error.kind() == ErrorKind::Local;
+}
+
+// What was changed before the network failed counts as changed, too.
+void ChangeRun::tryToChange(client::CameraJob& job, Found found, const ChangeTask& task, size_t index,
+                            Outcome& outcome) {
+    const CameraPlan plan = job.look(found, task.assignments);
+    if (!plan.changes.empty()) {
+        watch_.before(plan);
+        if (outcome.changes.empty()) outcome.changes = plan.changes;
+        job.change(plan, [&](const client::Progress& progress) { progress_->tell(index, progress); });
+    }
+    outcome.camera = plan.wanted.camera;
+}
+
+Outcome ChangeRun::change(const ChangeTask& task, size_t index) {
+    constexpr int kTries = 3;
+    constexpr std::chrono::seconds kPatience(31);  // a camera that does not answer reports in that time
+    Outcome outcome{task.found.camera.mac, task.found.camera, {}, {}};
+    const auto work = [&](client::CameraJob& job) {
+        for (int attempt = 1;; attempt++) {
+            try {
+                const auto found = attempt == 1 ? task.found : job.find(outcome.mac, task.found.interface, kPatience);
+                if (!found) throw Error(ErrorKind::NotFound, "the camera is no longer heard");
+                tryToChange(job, *found, task, index, outcome);
+                return;
+            } catch (const Error& error) {
+                if (!canBeTriedAgain(error) || attempt == kTries || isStopped(stop_)) throw;
+                sayFromCrew(client::macText(outcome.mac) + ": once more: " + error.what());
+            }
+        }
+    };
+    try {
+        withJob(common_, task.logins, stop_, work);
+    } catch (const Error& error) {
+        outcome.error = error;
+    }
+    return outcome;
+}
+
+void ChangeRun::finish(Outcome outcome, size_t index) {
+    const std::string result = outcome.result();
+    progress_->finish(index, result == "changed" ? "verified" : result);
+    const std::scoped_lock lock(mutex_);
+    watch_.after(outcome);
+    outcomes_[index] = std::move(outcome);
+}
+
+static Outcome untried(const ChangeTask& task, const Error& why) {
+    return {task.found.camera.mac, task.found.camera, {}, why};
+}
+
+std::vector<Outcome> ChangeRun::run(const std::vector<ChangeTask>& tasks) {
+    if (tasks.empty()) return {};
+    std::vector<Mac> macs;
+    outcomes_.clear();
+    for (const ChangeTask& task : tasks) {
+        macs.push_back(task.found.camera.mac);
+        outcomes_.push_back(untried(task, Error(ErrorKind::Local, "not tried: stopped")));
+    }
+    FleetProgress progress(macs, FleetProgress::formFor(common_.json));
+    progress_ = &progress;
+    finish(change(tasks[0], 0), 0);
+    if (const auto error = outcomes_[0].error) {
+        const std::string why = "not tried: the first camera, " + client::macText(macs[0]) + ", was not changed";
+        for (size_t i = 1; i < tasks.size(); i++) finish(untried(tasks[i], Error(ErrorKind::Local, why)), i);
+        return outcomes_;
+    }
+    inParallel(tasks.size() - 1, parallel_, stop_, [&](size_t i) { finish(change(tasks[i + 1], i + 1), i + 1); });
+    return outcomes_;
+}
+
+Record outcomeRecord(const Outcome& outcome) {
+    const bool isKnown = outcome.camera.has_value();
+    return {
+        {"mac",     client::macText(outcome.mac)                                             },
+        {"address", isKnown ? Record(client::addressText(outcome.camera->address)) : Record()},
+        {"name",    isKnown ? Record(outcome.camera->name) : Record()                        },
+        {"result",  outcome.result()                                                         },
+        {"reason",  outcome.error ? Record(outcome.error->what()) : Record()                 },
+        {"changes", changesOf(outcome.changes)                                               },
+    };
+}
+
+Record outcomeSummary(const std::vector<Outcome>& outcomes) {
+    Record counts;
+    counts["cameras"] = outcomes.size();
+    for (const char* result : {"unchanged", "changed", "failed", "unreachable", "unverified"}) {
+        const auto isIt = [&](const Outcome& one) { return std::string(one.result()) == result; };
+        counts[result] = std::ranges::count_if(outcomes, isIt);
+    }
+    return counts;
+}
+
+std::string outcomeText(const Record& summary) {
+    std::string text;
+    for (const auto& [name, count] : summary.items()) {
+        const std::string number = count.dump();
+        if (name == "cameras") {
+            text = number + (number == "1" ? " camera:" : " cameras:");
+        } else if (number != "0") {
+            text += (text.ends_with(":") ? " " : ", ") + number + " " + name;
+        }
+    }
+    const bool isSame = summary.at("cameras") == summary.at("unchanged");
+    return isSame ? text + "; nothing had to change" : text;
+}
+
+int worstOf(const std::vector<Outcome>& outcomes) {
+    int worst = kSuccess;
+    for (const Outcome& one : outcomes) {
+        if (one.error) worst = std::max<int>(worst, exitCodeOf(one.error->kind()));
+    }
+    return worst;
+}
+
+static const Column kColumns[] = {
+    {"CAMERA",  "mac",     0, Look::Plain  },
+    {"ADDRESS", "address", 0, Look::Plain  },
+    {"NAME",    "name",    0, Look::Plain  },
+    {"RESULT",  "result",  0, Look::Plain  },
+    {"WHY",     "reason",  0, Look::Warning},
+};
+
+void printOutcomes(const std::vector<Outcome>& outcomes, bool json) {
+    const Record summary = outcomeSummary(outcomes);
+    if (json) {
+        jsonLines(std::cout)->add({
+            {"summary", summary}
+        });
+        return;
+    }
+    const auto output = table(std::cout, kColumns, outputLooks());
+    for (const Outcome& one : outcomes) output->add(outcomeRecord(one));
+    output->finish();
+    std::cout << outcomeText(summary) << "\n" << std::flush;
+}
