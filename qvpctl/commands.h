@@ -18,6 +18,7 @@ extern const Subcommand kPasswd;
 extern const Subcommand kPlan;
 extern const Subcommand kRaw;
 extern const Subcommand kReboot;
+extern const Subcommand kRevert;
 extern const Subcommand kScan;
 extern const Subcommand kSet;
 extern const Subcommand kShow;

@@ -1,64 +1,118 @@
 // qvpctl apply: makes many cameras as a file has them.
+#include <fcntl.h>
+
 #include <csignal>
+#include <filesystem>
 #include <iostream>
 #include <memory>
 
 #include "qvpctl/commands.h"
 #include "qvpctl/fleet/change_run.h"
+#include "qvpctl/fleet/crew.h"
 #include "qvpctl/fleet/fleet.h"
+#include "qvpctl/fleet/journal.h"
 #include "qvpctl/fleet/plan_records.h"
 #include "qvpctl/stop_signal.h"
-#include "qvpctl/tool.h"
+#include "qvpctl/terminal_text.h"
+
+using client::Error;
+using client::ErrorKind;
 
 static const char kExamples[] =
     "  qvpctl apply site.csv                 the first camera, and when that is well, the others\n"
     "  qvpctl apply site.csv --parallel 32   many at a time: most of it is waiting for cameras\n"
+    "  qvpctl apply site.csv --resume        go on after a run that was cut off\n"
     "  qvpctl apply site.csv --json          a line for each camera as soon as it is done\n";
 
-static Outcome outcomeOf(const Reading& reading) {
-    Outcome outcome;
-    outcome.mac = reading.camera->mac;
-    if (reading.found) outcome.camera = reading.found->camera;
-    outcome.error = reading.error;
-    return outcome;
-}
+struct ApplyOptions {
+    FleetOptions fleet;
+    std::string journal;  // empty: beside the file
+    bool resume = false;
 
-static void printAtOnce(const Outcome& outcome, bool json) {
-    if (json) jsonLines(std::cout)->add(outcomeRecord(outcome));
-}
+    std::string journalPath() const { return journal.empty() ? fleet.file + ".journal" : journal; }
+};
 
-static int apply(const FleetOptions& options, const CommonOptions& common) {
-    const StopSignal stop;
-    signal(SIGPIPE, SIG_IGN);  // whoever reads the notes may go; the changes are finished
-    Fleet fleet(options, common, stop.descriptor());
-    fleet.read();
-    fleet.refuseFaults(Fleet::Conflicts::Refused);
-    std::vector<Outcome> outcomes;
-    std::vector<ChangeTask> tasks;
-    for (const Reading& one : fleet.readings()) {
-        if (one.hasChanges()) {
-            tasks.push_back({*one.found, one.camera->assignments, one.plan->logins});
-        } else {
-            outcomes.push_back(outcomeOf(one));
-            printAtOnce(outcomes.back(), common.json);
+class Applier {
+public:
+    Applier(const ApplyOptions& options, const CommonOptions& common) : options_(options), common_(common) {}
+
+    int run() {
+        const LockedFile lock(options_.fleet.file, O_RDONLY);
+        const std::string digest = digestOf(readWhole(options_.fleet.file));
+        checkJournal(digest);
+        const StopSignal stop;
+        signal(SIGPIPE, SIG_IGN);  // whoever reads the notes may go; the changes are finished
+        Fleet fleet(options_.fleet, common_, stop.descriptor());
+        fleet.read();
+        fleet.refuseFaults(Fleet::Conflicts::Refused);
+        takeOver(fleet.readings());
+        change(digest, stop.descriptor());
+        printOutcomes(outcomes_, common_.json);
+        return worstOf(outcomes_);
+    }
+
+private:
+    // Before anything is read, asked or sent.
+    void checkJournal(const std::string& digest) const {
+        const std::string path = options_.journalPath();
+        if (!options_.resume && !std::filesystem::exists(path)) return;
+        const JournalContent content = readJournal(path);
+        if (options_.resume && content.digest != digest) {
+            throw Error(ErrorKind::BadValue, printable(path) + " is of another file, or the file was changed since; " +
+                                                 "apply it without --resume");
+        }
+        if (!options_.resume && !content.isOver && content.digest == digest) {
+            throw Error(ErrorKind::BadValue, printable(path) + " is of a run that was cut off: --resume goes on with " +
+                                                 "it, and 'qvpctl revert' puts back what was there");
         }
     }
-    const ChangeWatch watch = {[](const client::CameraPlan&) {},
-                               [&](const Outcome& outcome) { printAtOnce(outcome, common.json); }};
-    for (Outcome& one : ChangeRun(common, options.parallel, stop.descriptor(), watch).run(tasks)) {
-        outcomes.push_back(std::move(one));
+
+    void takeOver(const std::vector<Reading>& readings) {
+        for (const Reading& one : readings) {
+            if (one.hasChanges()) {
+                tasks_.push_back({*one.found, one.camera->assignments, one.plan->logins});
+                continue;
+            }
+            Outcome outcome{one.camera->mac, {}, {}, one.error};
+            if (one.found) outcome.camera = one.found->camera;
+            note(outcome);
+        }
     }
-    printOutcomes(outcomes, common.json);
-    return worstOf(outcomes);
-}
+
+    void note(const Outcome& outcome) {
+        if (common_.json) jsonLines(std::cout)->add(outcomeRecord(outcome));
+        outcomes_.push_back(outcome);
+    }
+
+    void change(const std::string& digest, int stop) {
+        if (tasks_.empty() && !options_.resume) return;
+        const std::string path = options_.journalPath();
+        Journal journal = options_.resume ? Journal::goOn(path) : Journal::begin(path, digest);
+        const ChangeWatch watch = {[&](const client::CameraPlan& plan) { journal.noteBefore(plan); },
+                                   [&](const Outcome& outcome) {
+                                       journal.noteAfter(outcome);
+                                       note(outcome);
+                                   }};
+        ChangeRun(common_, options_.fleet.parallel, stop, watch).run(tasks_, ChangeRun::First::Ahead);
+        if (isStopped(stop)) throw Error(ErrorKind::Unverified, "stopped: 'qvpctl apply --resume' goes on");
+        journal.noteEnd();
+    }
+
+    const ApplyOptions& options_;
+    const CommonOptions& common_;
+    std::vector<ChangeTask> tasks_;
+    std::vector<Outcome> outcomes_;
+};
 
 static Work prepare(CLI::App& app, const CommonOptions& common) {
-    const auto options = std::make_shared<FleetOptions>();
-    addFile(app, *options);
-    addElsewhere(app, *options);
-    addParallel(app, *options);
+    const auto options = std::make_shared<ApplyOptions>();
+    addFile(app, options->fleet);
+    addFlag(app, "--resume", options->resume, "Go on with a run that was cut off");
+    addText(app, "--journal", options->journal, "PATH", "What was there is kept in this file (default FILE.journal)");
+    addElsewhere(app, options->fleet);
+    addParallel(app, options->fleet);
     addFooter(app, [] { return std::string(kFileHelp) + "\n\n" + exitStatusHelp(); });
-    return [options, &common] { return apply(*options, common); };
+    return [options, &common] { return Applier(*options, common).run(); };
 }
 
 const Subcommand kApply = {"apply", "Make cameras as a file has them.", kExamples, prepare};

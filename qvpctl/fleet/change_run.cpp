@@ -77,7 +77,7 @@ static Outcome untried(const ChangeTask& task, const Error& why) {
     return {task.found.camera.mac, task.found.camera, {}, why};
 }
 
-std::vector<Outcome> ChangeRun::run(const std::vector<ChangeTask>& tasks) {
+std::vector<Outcome> ChangeRun::run(const std::vector<ChangeTask>& tasks, First first) {
     if (tasks.empty()) return {};
     std::vector<Mac> macs;
     outcomes_.clear();
@@ -87,13 +87,15 @@ std::vector<Outcome> ChangeRun::run(const std::vector<ChangeTask>& tasks) {
     }
     FleetProgress progress(macs, FleetProgress::formFor(common_.json));
     progress_ = &progress;
-    finish(change(tasks[0], 0), 0);
-    if (const auto error = outcomes_[0].error) {
+    const size_t ahead = first == First::Ahead ? 1 : 0;
+    if (ahead > 0) finish(change(tasks[0], 0), 0);
+    if (ahead > 0 && outcomes_[0].error) {
         const std::string why = "not tried: the first camera, " + client::macText(macs[0]) + ", was not changed";
         for (size_t i = 1; i < tasks.size(); i++) finish(untried(tasks[i], Error(ErrorKind::Local, why)), i);
         return outcomes_;
     }
-    inParallel(tasks.size() - 1, parallel_, stop_, [&](size_t i) { finish(change(tasks[i + 1], i + 1), i + 1); });
+    inParallel(tasks.size() - ahead, parallel_, stop_,
+               [&](size_t i) { finish(change(tasks[i + ahead], i + ahead), i + ahead); });
     return outcomes_;
 }
 

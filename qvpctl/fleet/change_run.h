@@ -39,8 +39,9 @@ class ChangeRun {
 public:
     ChangeRun(const CommonOptions& common, size_t parallel, int stop, ChangeWatch watch);
 
-    // Each of them in the order of the tasks. When the first fails, the others are not tried.
-    std::vector<Outcome> run(const std::vector<ChangeTask>& tasks);
+    // Each of them in the order of the tasks. One that goes ahead alone keeps the others from being tried if it fails.
+    enum class First { Ahead, WithTheOthers };
+    std::vector<Outcome> run(const std::vector<ChangeTask>& tasks, First first);
 
 private:
     Outcome change(const ChangeTask& task, size_t index);

@@ -36,7 +36,7 @@ void addElsewhere(CLI::App& app, FleetOptions& options) {
     addFlag(app, "--elsewhere", options.elsewhere, "Allow addresses that are of no network of this machine");
 }
 
-static std::string readWhole(const std::string& path) {
+std::string readWhole(const std::string& path) {
     errno = 0;
     std::ifstream file(path, std::ios::binary);
     std::ostringstream text;

@@ -24,6 +24,9 @@ void addFile(CLI::App& app, FleetOptions& options);
 void addParallel(CLI::App& app, FleetOptions& options);
 void addElsewhere(CLI::App& app, FleetOptions& options);
 
+// Throws Error Local.
+std::string readWhole(const std::string& path);
+
 // Throws Error Local for a file that cannot be read, and BadValue with every fault of it.
 client::CameraFile loadCameraFile(const std::string& path);
 

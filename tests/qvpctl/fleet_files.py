@@ -1,4 +1,8 @@
 """What the tests of the fleet's commands share: files of cameras, and what a run says of each camera."""
+import os
+import signal
+import subprocess
+
 import cameras
 from cameras import mac
 
@@ -26,3 +30,18 @@ def by_mac(result):
 def results(records, of):
     """What came of these cameras, in their order."""
     return [records[mac(camera)]["result"] for camera in of]
+
+
+def cut_off(site, words, *options):
+    """Kills a run as soon as it says that; all it has said."""
+    process = subprocess.Popen([cameras.TOOL, "apply", site, "--wait", "0.5", *options], stdout=subprocess.DEVNULL,
+                               stderr=subprocess.PIPE, text=True, env={**os.environ, "QVPCTL_PASSWORD": "admin"})
+    said = ""
+    for line in process.stderr:
+        said += line
+        if words in line:
+            process.kill()
+            break
+    process.wait()
+    assert words in said and process.returncode == -signal.SIGKILL, said
+    return said

@@ -10,7 +10,7 @@ from output_schema import check_output
 
 TOOL = os.environ.get("QVPCTL", str(pathlib.Path(__file__).parents[2] / "build/release/qvpctl"))
 PATIENCE = 20
-COMMANDS = ["", "discover", "watch", "show", "get", "set", "passwd", "verify", "plan", "apply", "diff", "export", "scan", "open", "reboot", "factory-reset",
+COMMANDS = ["", "discover", "watch", "show", "get", "set", "passwd", "verify", "plan", "apply", "revert", "diff", "export", "scan", "open", "reboot", "factory-reset",
             "commit", "supported", "alert", "raw", "completion", "help"]
 
 

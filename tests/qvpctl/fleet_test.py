@@ -1,0 +1,83 @@
+"""Fifty cameras out of their boxes, with one common address: from one file to a building, and back.
+
+pytest itself runs inside the virtual LAN:
+  virtual-camera/virtual-camera run -n 0 -- /usr/bin/python3 -m pytest tests/qvpctl/fleet_test.py
+"""
+from pathlib import Path
+
+from cameras import JSON, MARK, PLAIN, discover, get, living, mac
+from fleet_files import by_mac, cut_off, results, run, write
+
+FIFTY, MUTE, FOREIGN = 50, 17, 33  # how many; the index of the mute one, and of the one with another password
+COMMON = ["--set", "NETWORK_V4/IP=198.18.30.1"]
+SIXTEEN = ["--parallel", "16"]
+
+
+def wanted(camera):
+    return f"198.18.40.{camera.number}"
+
+
+def test_fifty_cameras_from_one_file(lan, tmp_path):
+    """Killed twice on the way and gone on with; then there is nothing to change, and then it is as it was."""
+    cameras = lan.cameras(FIFTY, {**{index: COMMON for index in range(FIFTY)}, MUTE: [*COMMON, "--born", "mute"],
+                                  FOREIGN: [*COMMON, "--set", "USER_ADMIN/Password1=another"]})
+    healthy = [living(camera) for index, camera in enumerate(cameras) if index not in (MUTE, FOREIGN)]
+    (tmp_path / "new").write_text(MARK + "\n")
+    site = write(tmp_path, "mac,name,ipv4.address,time.zone,password", *(
+        (camera, f"Hall {camera.number}", f"{wanted(camera)}/15", "Asia/Tokyo", "file:new") for camera in cameras))
+    journal = Path(site + ".journal")
+    said = cut_off(site, f"{mac(healthy[10])}: verified", *SIXTEEN)
+    said += cut_off(site, f"{mac(healthy[40])}: sent: password", "--resume", *SIXTEEN)
+    resumed = run(JSON, "apply", site, "--resume", *SIXTEEN, status=4)
+    records, summary = by_mac(resumed)
+    assert set(results(records, healthy)) <= {"changed", "unchanged"}
+    assert results(records, [cameras[MUTE], cameras[FOREIGN]]) == ["unreachable", "failed"]
+    assert (summary["cameras"], summary["failed"], summary["unreachable"]) == (FIFTY, 1, 1)
+    known = discover(JSON, "--expect", str(FIFTY - 1))
+    assert {key: entry[:2] for key, entry in known.items() if key != mac(cameras[FOREIGN])} == {
+        mac(camera): (wanted(camera), f"Hall {camera.number}") for camera in healthy}
+    assert all(get(camera, "time.zone", password=MARK) == "Asia/Tokyo" for camera in healthy[::7])
+    again = run(PLAIN, "apply", site, *SIXTEEN, status=4)
+    assert again.out.endswith("\n50 cameras: 48 unchanged, 1 failed, 1 unreachable\n")
+    back = run(JSON, "revert", str(journal), *SIXTEEN, password=MARK)
+    assert by_mac(back)[1]["changed"] == FIFTY - 2
+    for camera in healthy:
+        store = camera.store()
+        assert (store["NETWORK_V4"]["IP"], store["CAMSYSTEM"]["CameraName"]) == (
+            b"198.18.30.1", f"Camera {camera.number}".encode())
+    texts = [journal.read_text(), said, resumed.out, resumed.err, again.out, again.err, back.out, back.err]
+    assert MARK not in "".join(texts)
+
+
+def test_an_address_that_was_wrong_is_put_back(lan, tmp_path):
+    """It sends the camera where its answers do not reach this machine; its reports do."""
+    camera = living(lan.camera())
+    leased = living(lan.camera("--set", "NETWORK_V4/BootProto=1"))
+    site = write(tmp_path, "mac,ipv4.address,ipv4.gateway,upnp", (leased, "198.18.33.7/15", "198.18.0.1", ""),
+                 (camera, "10.9.8.7/24", "10.9.8.1", "off"))
+    records, _ = by_mac(run(JSON, "apply", site, "--elsewhere"))
+    assert results(records, [leased, camera]) == ["changed", "changed"]
+    assert camera.store()["NETWORK_V4"]["IP"] == b"10.9.8.7"
+    records, _ = by_mac(run(JSON, "revert", site + ".journal"))
+    assert results(records, [leased, camera]) == ["changed", "changed"]
+    assert (get(camera, "ipv4.address"), get(camera, "upnp")) == (f"{camera.address}/15", "on")
+    assert (get(camera, "ipv4.gateway"), get(camera, "ipv4.dns")) == ("198.18.0.1", "198.18.0.2,198.18.0.3")
+    assert get(leased, "ipv4.method") == "dhcp"
+
+
+def test_a_camera_that_is_not_there(lan, tmp_path):
+    absent = "02:51:56:50:ff:fe"
+    camera = living(lan.camera())
+    site = write(tmp_path, "mac,name", (camera, "Gate"), (absent, "Nobody"))
+    result = run(JSON, "plan", site, "--exit-code", status=1)
+    assert by_mac(result)[0][absent]["result"] == "unreachable"
+    assert "1 camera has not answered; listening" in result.err
+
+
+def test_a_camera_of_another_network_is_brought_here(lan, tmp_path):
+    camera = living(lan.camera("--born", "other-subnet"))
+    site = write(tmp_path, "mac,name,ipv4.address,ipv4.gateway,upnp", (camera, "Gate", "198.18.34.1/15", "198.18.0.1", "off"))
+    records, _ = by_mac(run(JSON, "apply", site))
+    assert results(records, [camera]) == ["changed"]
+    assert discover(JSON, "--expect", "1")[mac(camera)] == ("198.18.34.1", "Gate", [])
+    assert get(camera, "upnp") == "off"

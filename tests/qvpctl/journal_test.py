@@ -1,0 +1,88 @@
+"""Runs over many cameras that are cut off, gone on with and put back, through qvpctl alone.
+
+pytest itself runs inside the virtual LAN:
+  virtual-camera/virtual-camera run -n 0 -- /usr/bin/python3 -m pytest tests/qvpctl/journal_test.py
+"""
+import os
+import subprocess
+from pathlib import Path
+
+import pytest
+from cameras import JSON, MARK, PLAIN, TOOL, get, living, mac
+from fleet_files import by_mac, cut_off, results, run, write
+
+
+@pytest.fixture
+def hall(lan, tmp_path):
+    """Three cameras with one address, and a file that tells them apart and gives them a new password."""
+    cameras = [living(camera) for camera in lan.cameras(3, {
+        index: ["--set", "NETWORK_V4/IP=198.18.30.1"] for index in range(3)})]
+    (tmp_path / "new").write_text(MARK + "\n")
+    site = write(tmp_path, "mac,name,ipv4.address,password", *(
+        (camera, f"Hall {camera.number}", f"198.18.32.{camera.number}/15", "file:new") for camera in cameras))
+    return cameras, site
+
+
+def test_killed_twice_and_gone_on_with_and_put_back(hall):
+    cameras, site = hall
+    journal = Path(site + ".journal")
+    words = cut_off(site, f"{mac(cameras[0])}: sent: name, port and address")
+    plain = run(PLAIN, "apply", site, status=2)
+    assert "site.csv.journal is of a run that was cut off: --resume goes on" in plain.err
+    words += cut_off(site, f"{mac(cameras[1])}: sent: password", "--resume")
+    with journal.open("a") as file:
+        file.write('{"mac":"half a li')
+    first = run(JSON, "apply", site, "--resume")
+    assert {record["result"] for record in by_mac(first)[0].values()} <= {"changed", "unchanged"}
+    for camera in cameras:
+        assert get(camera, "name", password=MARK) == f"Hall {camera.number}"
+        assert camera.store()["NETWORK_V4"]["IP"] == f"198.18.32.{camera.number}".encode()
+    again = run(PLAIN, "apply", site)
+    assert again.out.endswith("3 cameras: 3 unchanged; nothing had to change\n")
+    back = run(JSON, "revert", str(journal), password=MARK)
+    assert results(by_mac(back)[0], cameras) == ["changed"] * 3
+    assert "password cannot be put back and stays as it is, in 3 cameras" in back.err
+    for camera in cameras:
+        assert get(camera, "name", password=MARK) == f"Camera {camera.number}"
+        assert camera.store()["NETWORK_V4"]["IP"] == b"198.18.30.1"
+    texts = [journal.read_text(), words, plain.err, first.out, first.err, again.out, again.err, back.out, back.err]
+    assert MARK not in "".join(texts)
+    assert oct(journal.stat().st_mode & 0o777) == "0o600"
+
+
+def test_a_second_run_is_kept_out(hall):
+    cameras, site = hall
+    gate = cameras[0].gate("/etc/init.d/ipv4")
+    process = subprocess.Popen([TOOL, "apply", site, "--wait", "0.5"], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                               env={**os.environ, "QVPCTL_PASSWORD": "admin"})
+    gate.wait()
+    assert f"another run works with {site}" in run(PLAIN, "apply", site, status=3).err
+    assert f"another run works with {site}.journal" in run(PLAIN, "revert", site + ".journal", status=3).err
+    process.kill()
+    process.communicate()
+    gate.open()
+
+
+def test_every_run_that_changes_something_has_a_journal_of_its_own(camera, tmp_path):
+    for name in ("One", "Two"):
+        site = write(tmp_path, "mac,name", (camera, name))
+        run(PLAIN, "apply", site)
+        run(PLAIN, "apply", site)
+    run(PLAIN, "apply", site, "--resume")
+    run(PLAIN, "revert", site + ".journal")
+    assert get(camera, "name") == "One"
+    run(PLAIN, "revert", site + ".journal.1")
+    assert get(camera, "name") == f"Camera {camera.number}"
+    assert sorted(file.name for file in tmp_path.iterdir()) == ["site.csv", "site.csv.journal", "site.csv.journal.1"]
+
+
+def test_what_is_no_journal_of_this_file(camera, tmp_path):
+    site = write(tmp_path, "mac,name", (camera, "One"))
+    run(PLAIN, "apply", site, "--resume", status=3)
+    journal = tmp_path / "other"
+    run(PLAIN, "apply", site, "--journal", str(journal))
+    write(tmp_path, "mac,name", (camera, "Two"))
+    assert "or the file was changed since" in run(PLAIN, "apply", site, "--resume", "--journal", str(journal), status=2).err
+    journal.write_text("name,mac\n")
+    assert f"{journal} is no journal" in run(PLAIN, "revert", str(journal), status=2).err
+    assert get(camera, "name") == "One"
