@@ -12,6 +12,7 @@
 #include "qvpctl/fleet/fleet.h"
 #include "qvpctl/fleet/journal.h"
 #include "qvpctl/fleet/plan_records.h"
+#include "qvpctl/fleet/saved_plan.h"
 #include "qvpctl/stop_signal.h"
 #include "qvpctl/terminal_text.h"
 
@@ -21,6 +22,7 @@ using client::ErrorKind;
 static const char kExamples[] =
     "  qvpctl apply site.csv                 the first camera, and when that is well, the others\n"
     "  qvpctl apply site.csv --parallel 32   many at a time: most of it is waiting for cameras\n"
+    "  qvpctl apply monday                   what 'qvpctl plan site.csv -o monday' has shown, and nothing else\n"
     "  qvpctl apply site.csv --resume        go on after a run that was cut off\n"
     "  qvpctl apply site.csv --json          a line for each camera as soon as it is done\n";
 
@@ -34,10 +36,14 @@ struct ApplyOptions {
 
 class Applier {
 public:
-    Applier(const ApplyOptions& options, const CommonOptions& common) : options_(options), common_(common) {}
+    Applier(const ApplyOptions& options, const CommonOptions& common)
+        : options_(options), common_(common), plan_(SavedPlan::load(options.fleet.file)) {
+        if (plan_) options_.fleet.file = plan_->file();
+    }
 
     int run() {
         const LockedFile lock(options_.fleet.file, O_RDONLY);
+        if (plan_) plan_->refuseOtherFile();
         const std::string digest = digestOf(readWhole(options_.fleet.file));
         checkJournal(digest);
         const StopSignal stop;
@@ -69,11 +75,13 @@ private:
 
     void takeOver(const std::vector<Reading>& readings) {
         for (const Reading& one : readings) {
-            if (one.hasChanges()) {
+            const std::string objection = plan_ && one.hasChanges() ? plan_->objectionTo(one) : "";
+            if (one.hasChanges() && objection.empty()) {
                 tasks_.push_back({*one.found, one.camera->assignments, one.plan->logins});
                 continue;
             }
             Outcome outcome{one.camera->mac, {}, {}, one.error};
+            if (!objection.empty()) outcome.error = Error(ErrorKind::BadValue, objection);
             if (one.found) outcome.camera = one.found->camera;
             note(outcome);
         }
@@ -98,15 +106,17 @@ private:
         journal.noteEnd();
     }
 
-    const ApplyOptions& options_;
+    ApplyOptions options_;
     const CommonOptions& common_;
+    std::optional<SavedPlan> plan_;
     std::vector<ChangeTask> tasks_;
     std::vector<Outcome> outcomes_;
 };
 
 static Work prepare(CLI::App& app, const CommonOptions& common) {
     const auto options = std::make_shared<ApplyOptions>();
-    addFile(app, options->fleet);
+    addNeededWord(app, "FILE|PLAN", options->fleet.file,
+                  "A table as spreadsheets save it (CSV), or a plan of 'qvpctl plan -o PLAN'");
     addFlag(app, "--resume", options->resume, "Go on with a run that was cut off");
     addText(app, "--journal", options->journal, "PATH", "What was there is kept in this file (default FILE.journal)");
     addElsewhere(app, options->fleet);

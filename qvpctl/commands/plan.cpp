@@ -6,12 +6,14 @@
 #include "qvpctl/commands.h"
 #include "qvpctl/fleet/fleet.h"
 #include "qvpctl/fleet/plan_records.h"
+#include "qvpctl/fleet/saved_plan.h"
 #include "qvpctl/stop_signal.h"
 #include "qvpctl/tool.h"
 
 static const char kExamples[] =
     "  qvpctl discover --csv >site.csv             a table to begin with\n"
     "  qvpctl plan site.csv                        what would change, and for how long the cameras are away\n"
+    "  qvpctl plan site.csv -o monday              and 'qvpctl apply monday' makes that so, and nothing else\n"
     "  qvpctl plan site.csv --exit-code >plan.txt  for a script: ends with 7 if something would change\n";
 
 static const Column kChanges[] = {
@@ -33,6 +35,7 @@ static const Column kCameras[] = {
 struct PlanOptions {
     FleetOptions fleet;
     bool exitCode = false;
+    std::string output;  // empty: nowhere
 };
 
 // What may be taken for a setting, and is none.
@@ -74,6 +77,7 @@ static int plan(const PlanOptions& options, const CommonOptions& common) {
     fleet.read();
     fleet.refuseFaults(Fleet::Conflicts::Refused);
     tellInformation(fleet);
+    if (!options.output.empty()) SavedPlan::save(options.output, options.fleet.file, fleet.readings());
     const PlanSummary summary = summaryOf(fleet.readings(), options.fleet.parallel);
     if (common.json) {
         const auto lines = jsonLines(std::cout);
@@ -91,6 +95,7 @@ static Work prepare(CLI::App& app, const CommonOptions& common) {
     const auto options = std::make_shared<PlanOptions>();
     addFile(app, options->fleet);
     addFlag(app, "--exit-code", options->exitCode, "End with 7 if something would change");
+    addText(app, "-o,--output", options->output, "PLAN", "Write the plan into this file, for 'qvpctl apply PLAN'");
     addElsewhere(app, options->fleet);
     addParallel(app, options->fleet);
     addFooter(app, [] { return std::string(kFileHelp) + "\n\n" + exitStatusHelp(); });

@@ -86,3 +86,24 @@ def test_what_is_no_journal_of_this_file(camera, tmp_path):
     journal.write_text("name,mac\n")
     assert f"{journal} is no journal" in run(PLAIN, "revert", str(journal), status=2).err
     assert get(camera, "name") == "One"
+
+
+def test_a_saved_plan_is_bound_to_what_was_seen(lan, tmp_path):
+    first, second = [living(camera) for camera in lan.cameras(2)]
+    (tmp_path / "new").write_text(MARK + "\n")
+    site = write(tmp_path, "mac,name,wifi.ssid,password", (first, "One", "Office", "file:new"), (second, "Two", "Office", ""))
+    plan = tmp_path / "monday"
+    shown = run(JSON, "plan", site, "-o", str(plan))
+    second.change_store("CAMSYSTEM", "CameraName", b"Renamed")
+    result = run(JSON, "apply", str(plan), status=2)
+    records, _ = by_mac(result)
+    assert results(records, [first, second]) == ["changed", "failed"]
+    assert records[mac(first)]["changes"] == by_mac(shown)[0][mac(first)]["changes"]
+    assert records[mac(second)]["reason"] == "it has changed since the plan was made: name"
+    assert (get(second, "wifi.ssid"), get(second, "name")) == ("Workshop", "Renamed")
+    second.change_store("CAMSYSTEM", "CameraName", f"Camera {second.number}".encode())
+    again = run(JSON, "apply", str(plan))
+    assert results(by_mac(again)[0], [first, second]) == ["unchanged", "changed"]
+    write(tmp_path, "mac,name,wifi.ssid", (first, "One", "Office"), (second, "Two", "Hall"))
+    assert "was changed since the plan was made" in run(PLAIN, "apply", str(plan), status=2).err
+    assert MARK not in plan.read_text() + result.out + result.err + again.out + again.err

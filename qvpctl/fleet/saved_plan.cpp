@@ -1,0 +1,68 @@
+#include "qvpctl/fleet/saved_plan.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+
+#include "client/text.h"
+#include "qvpctl/fleet/journal.h"
+#include "qvpctl/fleet/plan_records.h"
+#include "qvpctl/terminal_text.h"
+
+namespace fs = std::filesystem;
+using client::Error;
+using client::ErrorKind;
+
+static constexpr std::string_view kOpening = "{\"plan\":1,";
+
+void SavedPlan::save(const std::string& path, const std::string& file, const std::vector<Reading>& readings) {
+    Record cameras = Record::object();
+    for (const Reading& one : readings) {
+        if (one.plan) cameras[client::macText(one.camera->mac)] = changesOf(one.plan->changes);
+    }
+    errno = 0;
+    std::ofstream output(path, std::ios::binary | std::ios::trunc);
+    output << jsonLine({
+        {"plan",    1                          },
+        {"file",    fs::absolute(file).string()},
+        {"digest",  digestOf(readWhole(file))  },
+        {"cameras", cameras                    }
+    });
+    output.close();
+    if (!output) throw client::localError("cannot write " + printable(path), errno != 0 ? errno : EIO);
+}
+
+std::optional<SavedPlan> SavedPlan::load(const std::string& path) {
+    const std::string text = readWhole(path);
+    if (!text.starts_with(kOpening)) return std::nullopt;
+    try {
+        const Record record = Record::parse(text);
+        SavedPlan plan;
+        plan.file_ = record.at("file").get<std::string>();
+        plan.digest_ = record.at("digest").get<std::string>();
+        plan.cameras_ = record.at("cameras");
+        return plan;
+    } catch (const Record::exception&) {
+        throw Error(ErrorKind::BadValue, printable(path) + " is a plan that is damaged");
+    }
+}
+
+void SavedPlan::refuseOtherFile() const {
+    if (digestOf(readWhole(file_)) == digest_) return;
+    throw Error(ErrorKind::BadValue, printable(file_) + " was changed since the plan was made");
+}
+
+// What was changed by a run of this plan that was cut off is as wanted by now, and no objection.
+std::string SavedPlan::objectionTo(const Reading& reading) const {
+    const auto planned = cameras_.find(client::macText(reading.camera->mac));
+    if (planned == cameras_.end()) return "it could not be read when the plan was made";
+    std::string keys;
+    for (const Record& change : changesOf(reading.plan->changes)) {
+        // As text: bytes of a camera that are not UTF-8 were written as something else.
+        const auto isIt = [&](const Record& one) { return jsonLine(one) == jsonLine(change); };
+        if (std::ranges::any_of(*planned, isIt)) continue;
+        keys += (keys.empty() ? "" : ", ") + change.at("key").get<std::string>();
+    }
+    return keys.empty() ? "" : "it has changed since the plan was made: " + keys;
+}
