@@ -173,7 +173,7 @@ std::optional<std::string> restorableValue(const Setting& setting, const CameraS
     const std::string text = setting.get(state);
     CameraState again = state;
     setting.set(again, text);
-    return setting.get(again) == text ? std::optional(text) : std::nullopt;
+    return text;
 } catch (const Error&) {
     return std::nullopt;
 }

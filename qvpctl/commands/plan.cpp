@@ -11,9 +11,9 @@
 #include "qvpctl/tool.h"
 
 static const char kExamples[] =
-    "  qvpctl discover --csv >site.csv             a table to begin with\n"
     "  qvpctl plan site.csv                        what would change, and for how long the cameras are away\n"
     "  qvpctl plan site.csv -o monday              and 'qvpctl apply monday' makes that so, and nothing else\n"
+    "  qvpctl discover --csv >site.csv             makes a table to begin with\n"
     "  qvpctl plan site.csv --exit-code >plan.txt  for a script: ends with 7 if something would change\n";
 
 static const Column kChanges[] = {

@@ -24,4 +24,5 @@ TEST(ExitCode, OfEachKindOfError) {
         EXPECT_STREQ(stableName(row.kind), row.name);
         EXPECT_THAT(exitStatusHelp(), testing::HasSubstr("\n  " + std::to_string(row.code) + "  "));
     }
+    EXPECT_THAT(exitStatusHelp(), testing::HasSubstr("\n  7  with --exit-code: a camera is not as the file has it"));
 }

@@ -7,14 +7,17 @@ import fcntl
 import json
 import os
 import pty
+import re
 import select
 import signal
 import struct
 import subprocess
 import termios
 
+import pyte
 import pytest
-from cameras import TOOL, get, mac, qvpctl
+from cameras import TOOL, get, living, mac, qvpctl
+from fleet_files import write
 from support.waiting import PATIENCE, wait_until
 
 
@@ -80,6 +83,24 @@ def test_a_terminal_gets_json_and_nothing_else(camera, arguments):
     status, output = on_terminal(*arguments, *target, "--json")
     assert status == 0
     assert all(isinstance(json.loads(line), dict) for line in output.splitlines())
+
+
+def test_many_cameras_have_a_line_each(lan, tmp_path):
+    """The second waits until the first is verified; in the end the table stands alone on the screen."""
+    cameras = [living(camera) for camera in lan.cameras(2)]
+    site = write(tmp_path, "mac,name", *((camera, "Hall") for camera in cameras))
+    status, output = on_terminal("apply", site, "--wait", "0.5")
+    screen = pyte.Screen(80, 24)
+    stream, shown = pyte.Stream(screen), set()
+    first, second = [mac(camera) for camera in cameras]
+    for part in re.split(r"(?= done)", output):
+        stream.feed(part)
+        lines = {line[:17]: line[19:].rstrip() for line in screen.display}
+        shown.add((lines.get(first, "")[:4], lines.get(second, "")[:4]))
+    assert {("wait", "wait"), ("[...", "wait"), ("back", "wait"), ("veri", "wait"), ("veri", "[...")} <= shown, shown
+    assert status == 0
+    left = [line.split() for line in screen.display if line.strip()]
+    assert left[0] == ["CAMERA", "ADDRESS", "NAME", "RESULT", "WHY"] and len(left) == 4, left
 
 
 # --- Prompts ----------------------------------------------------------------------------------------------------------
