@@ -1,6 +1,7 @@
 // qvpctl revert: puts back what cameras had before a file was applied.
 #include <fcntl.h>
 
+#include <algorithm>
 #include <csignal>
 #include <iostream>
 #include <memory>
@@ -45,8 +46,9 @@ static std::vector<Assignment> assignmentsOf(const CameraBefore& before, const F
     std::vector<Assignment> assignments;
     for (const auto& [key, value] : values) {
         const client::Setting* setting = client::findSetting(key);
-        if (setting == nullptr || setting->isSecret())
+        if (setting == nullptr || setting->isSecret()) {
             throw Error(ErrorKind::BadValue, "the journal has no setting " + key);
+        }
         assignments.push_back({setting, value});
     }
     return assignments;

@@ -128,7 +128,8 @@ std::string outcomeText(const Record& summary) {
         if (name == "cameras") {
             text = number + (number == "1" ? " camera:" : " cameras:");
         } else if (number != "0") {
-            text += (text.ends_with(":") ? " " : ", ") + number + " " + name;
+            text += text.ends_with(":") ? " " : ", ";
+            text.append(number).append(" ").append(name);
         }
     }
     const bool isSame = summary.at("cameras") == summary.at("unchanged");

@@ -50,7 +50,7 @@ void FleetProgress::tick() {
 }
 
 static std::string stepText(const client::Progress& progress) {
-    const std::string settings = client::factsOf(progress.group).name;
+    std::string settings = client::factsOf(progress.group).name;
     switch (progress.step) {
         case client::Progress::Step::Sent:
             return "sent: " + settings;
