@@ -57,6 +57,14 @@ def test_a_block_that_cannot_be_run_is_a_fault(block, why):
         sessions_of(f"```console\n{block}```\n")
 
 
+def test_a_block_may_be_left_out_with_a_reason():
+    page = "<!-- not executed: no board -->\n```sh\nflash\n```\n\n<!-- sources -->\n```console\n$ true\n```\n"
+    assert unexecuted(page) == []
+    (session,) = sessions_of(page)
+    assert (session.builds, [(step.command, step.line) for step in session.steps]) == (True, [("true", 8)])
+    assert unexecuted(page.replace(": no board", "")) == ["```sh"]
+
+
 def test_commands_in_other_blocks_are_found():
     assert unexecuted("```sh\nls\n```\n\n```text\nls\n```\n```bash title=x\n```\n") == ["```sh", "```bash title=x"]
 
