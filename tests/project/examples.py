@@ -74,7 +74,7 @@ def begin(place, steps):
     if first.command.startswith(SHELL):
         assert first.shows == "", f"line {first.line}: what the shell itself shows is left out"
         return Session(first.command.removeprefix(SHELL), steps[1:])
-    return Session(None, steps) if first.command.startswith(("./run", "virtual-camera/")) else None
+    return Session(None, steps) if first.command.startswith(("./run", "virtual-camera/virtual-camera ")) else None
 
 
 def without_left_out(text):
