@@ -143,12 +143,20 @@ def type_of(form):
     return " or ".join(texts)
 
 
+def field_rows(form, prefix=""):
+    """Objects inside are opened."""
+    for name, field in form["properties"].items():
+        if "properties" in field:
+            yield from field_rows(field, f"{prefix}{name}.")
+        else:
+            yield [f"`{prefix}{name}`", type_of(field), field.get("description", "")]
+
+
 def fields(_tool, command):
     form = SCHEMA[command]
     while "$ref" in form:
         form = SCHEMA[form["$ref"].removeprefix("#/$defs/")]
-    return table(["Field", "Type", "What it says"],
-                 [[f"`{name}`", type_of(field), field.get("description", "")] for name, field in form["properties"].items()])
+    return table(["Field", "Type", "What it says"], field_rows(form))
 
 
 TABLES = {"store-keys": store_keys, "time-zones": time_zones, "settings": settings, "exit-statuses": exit_statuses, "fields": fields}

@@ -16,6 +16,7 @@ folder, until a new one begins:
 """
 import dataclasses
 import re
+import shlex
 import subprocess
 
 SHELL = "virtual-camera/virtual-camera shell"
@@ -41,7 +42,7 @@ class Session:
     def place(self):
         if self.cameras is None:
             return ["bash"]
-        return ["virtual-camera/virtual-camera", "run", *self.cameras.split(), "--", "bash"]
+        return ["virtual-camera/virtual-camera", "run", *shlex.split(self.cameras), "--", "bash"]
 
 
 def steps_of(block, line):

@@ -20,6 +20,8 @@ def main(top, tool):
     if schema["$defs"]["key"]["enum"] != keys:
         faults.append("the settings of docs/qvpctl.schema.json are not those of 'qvpctl help settings'")
     faults += [f"docs/qvpctl.schema.json lacks {name}" for name in sorted(commands - schema["$defs"].keys())]
+    examples = re.findall(r"^\$ qvpctl (\S+).* --json", (top / "docs/reference/exit-status-and-json.md").read_text(), re.M)
+    faults += [f"docs/reference/exit-status-and-json.md has no example of {name}" for name in sorted(commands - set(examples))]
     print(f"{len(commands)} commands, {len(keys)} settings")
     print("\n".join(faults))
     return 1 if faults or not commands or not keys else 0
