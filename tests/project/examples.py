@@ -20,6 +20,7 @@ folder, until a new one begins:
 import dataclasses
 import os
 import re
+import shlex
 import shutil
 import subprocess
 
@@ -50,7 +51,7 @@ class Session:
     def place(self):
         if self.cameras is None:
             return ["bash"]
-        return ["virtual-camera/virtual-camera", "run", *self.cameras.split(), "--", "bash"]
+        return ["virtual-camera/virtual-camera", "run", *shlex.split(self.cameras), "--", "bash"]
 
 
 def steps_of(block, line):
