@@ -1,6 +1,7 @@
 """How a page's examples are found and compared."""
 import pytest
-from examples import is_alike, sessions_of, unexecuted
+from examples import LEFT_OUT, is_alike, sessions_of, unexecuted
+from script_tree import SOURCE
 
 PAGE = """\
 # Page
@@ -63,6 +64,12 @@ def test_a_block_may_be_left_out_with_a_reason():
     (session,) = sessions_of(page)
     assert (session.builds, [(step.command, step.line) for step in session.steps]) == (True, [("true", 8)])
     assert unexecuted(page.replace(": no board", "")) == ["```sh"]
+
+
+def test_few_are_left_out():
+    pages = [SOURCE / "README.md", *(SOURCE / "docs").rglob("*.md")]
+    left_out = [block for page in pages for block in LEFT_OUT.findall(page.read_text())]
+    assert 1 <= len(left_out) <= 4
 
 
 def test_commands_in_other_blocks_are_found():
