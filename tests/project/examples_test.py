@@ -59,10 +59,11 @@ def test_a_block_that_cannot_be_run_is_a_fault(block, why):
 
 
 def test_a_block_may_be_left_out_with_a_reason():
-    page = "<!-- not executed: no board -->\n```sh\nflash\n```\n\n<!-- sources -->\n```console\n$ true\n```\n"
+    left_out = "<!-- not executed: no board -->\n```{}\n$ flash\n```\n\n"
+    page = left_out.format("sh") + left_out.format("console") + "<!-- sources -->\n```console\n$ true\n```\n"
     assert unexecuted(page) == []
     (session,) = sessions_of(page)
-    assert (session.builds, [(step.command, step.line) for step in session.steps]) == (True, [("true", 8)])
+    assert (session.builds, [(step.command, step.line) for step in session.steps]) == (True, [("true", 13)])
     assert unexecuted(page.replace(": no board", "")) == ["```sh"]
 
 
