@@ -58,10 +58,15 @@ def test_the_manual_says_where_the_unit_keeps_things():
 STEPS = """
 set -e
 mount -t tmpfs room /run
+: >/run/log
 ip link add cam0 type veth peer name cam1
-QVP_STORE=/run/store "$DAEMON" cam0 2>/run/log & daemon=$!
+QVP_STORE=/run/store "$DAEMON" cam0 2>>/run/log & daemon=$!
 until grep -q 'Client Start' /run/log; do kill -0 $daemon; sleep 0.02; done
 "$STALE" cam0; test "$(cat /run/qvp-cam0.pid)" = $daemon; echo a daemon of the interface keeps it
+(PATH=${DAEMON%/*}:$PATH && exec qvp cam1 2>/run/log1) &
+until grep -q 'Client Start' /run/log1; do kill -0 $!; sleep 0.02; done 2>/dev/null
+"$STALE" cam1; test "$(cat /run/qvp-cam1.pid)" = $!; echo by whatever name it was called
+kill $!; wait $!
 echo $daemon >/run/qvp-cam1.pid
 "$STALE" cam1; test ! -e /run/qvp-cam1.pid; kill -0 $daemon; echo one of another interface does not
 echo 999999 >/run/qvp-cam1.pid
@@ -78,7 +83,7 @@ def test_a_pid_file_stays_only_for_the_daemon_of_its_interface():
                           stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=PATIENCE, check=False)
     assert done.returncode == 0, done.stdout + done.stderr
     assert done.stderr == ""
-    assert len(done.stdout.splitlines()) == 5
+    assert len(done.stdout.splitlines()) == 6
 
 
 def test_the_page_of_the_virtual_camera_has_every_option_of_its_help():
