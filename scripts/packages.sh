@@ -8,7 +8,7 @@
     test_packages=(libgtest-dev libgmock-dev python3 python3-pytest python3-jsonschema python3-pyte strace tzdata zsh
         fish)
     test_all_packages=(googletest g++-mips-linux-gnu libc6-dev-mips-cross qemu-user musl-tools clang-format clang-tidy
-        shellcheck valgrind)
+        shellcheck valgrind make)
     bench_packages=(python3 binutils strace valgrind)
 }
 
