@@ -94,7 +94,7 @@ LEFT_BEHIND = ["echo 4194303", "sleep 1000 & echo $!", "qvp_of eth0", "echo"]
 @pytest.mark.parametrize("number", LEFT_BEHIND)
 def test_a_pid_file_that_a_power_cut_left(number):
     assert s60(f"""
-        qvp eth0 2>/dev/null &
+        /usr/sbin/qvp eth0 2>/dev/null &
         until_true serves eth0
         {number} >/run/qvp-lo.pid
         s60 status; echo $?
@@ -110,6 +110,14 @@ def test_a_stop_removes_a_pid_file_but_no_other_process():
         sleep 1000 & other=$!
         echo $other >/run/qvp-lo.pid
         s60 stop; kill -0 $other && echo alive; ls /run""") == ["Stopping qvp on lo: OK", "alive"]
+
+
+@pytest.mark.parametrize("name", ["qvp", "/usr/sbin/qvp"])
+def test_one_that_was_started_by_hand_is_known(name):
+    assert s60(f"""
+        {name} lo 2>/dev/null & first=$!
+        until_true serves lo
+        s60 start; [ $(qvp_of lo) = $first ] && echo the same""") == ["Starting qvp on lo: OK", "the same"]
 
 
 def test_a_daemon_that_does_not_stop_is_killed():
@@ -246,7 +254,7 @@ def test_what_procd_starts_answers_and_comes_back(tmp_path):
 @pytest.mark.parametrize("number", LEFT_BEHIND)
 def test_procd_s_daemon_comes_up_after_a_power_cut(number):
     assert in_room(f"""
-        qvp eth0 2>/dev/null &
+        /usr/sbin/qvp eth0 2>/dev/null &
         until_true serves eth0
         {number} >/run/qvp-lo.pid
         busybox sh {START} lo 2>/dev/null & mine=$!
@@ -264,9 +272,10 @@ def test_a_jail_s_first_process_finds_its_own_number():
         until_true started; qvp_of lo; echo; ask""".replace("unshare", "/usr/bin/unshare")) == ["1", "505 0"]
 
 
-def test_procd_s_daemon_does_not_push_another_one_away():
+@pytest.mark.parametrize("name", ["qvp", "/usr/sbin/qvp"])
+def test_procd_s_daemon_does_not_push_another_one_away(name):
     assert in_room(f"""
-        qvp lo 2>/dev/null & first=$!
+        {name} lo 2>/dev/null & first=$!
         until_true serves lo
         busybox sh {START} lo 2>&1; echo $?
         [ $(qvp_of lo) = $first ] && echo untouched""") == ["Error!! qvp(lo) may be in running", "255", "untouched"]
