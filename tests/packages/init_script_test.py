@@ -108,6 +108,16 @@ def test_the_daemon_may_have_another_name(run):
     """)
 
 
+def test_the_daemon_has_the_settings_in_its_environment(run):
+    """With `export` or without: the unit of systemd reads the same file, and takes no `export`."""
+    run("""
+        echo QVP_SITE_LIST=/run/list >>/etc/default/qvp
+        expect 0 start; serves cam0
+        tr '\\0' '\\n' <"/proc/$(pid_of cam0)/environ" >/run/environment
+        grep -qx QVP_SITE_LIST=/run/list /run/environment && grep -qx QVP_STORE=/run/store /run/environment
+    """)
+
+
 def test_a_pid_file_of_anything_keeps_nobody_off(run):
     run("""
         for left in '' 99999999999999999999 -1 self '*' '1 2'; do
