@@ -19,7 +19,7 @@ PROLOGUE = """
 init() { env PATH="$PROGRAMS" $SHELL_OF_CAMERA "$SCRIPT" "$@"; }
 expect() { local wanted=$1 status=0; shift; init "$@" || status=$?; [[ $status == "$wanted" ]] || { echo "$*: $status"; exit 1; }; }
 pid_of() { cat "/run/qvp-$1.pid"; }
-serves() { [[ $(tr '\\0' ' ' <"/proc/$(pid_of "$1")/cmdline") == *"qvp $1 " ]] && [[ $(</proc/net/udp) == *:F600\\ * ]]; }
+serves() { [[ $(tr '\\0' ' ' <"/proc/$(pid_of "$1")/cmdline") == *" $1 " ]] && [[ $(</proc/net/udp) == *:F600\\ * ]]; }
 is_gone() { [[ ! -e /run/qvp-$1.pid ]] && [[ $(</proc/net/udp) != *:F600\\ * ]]; }
 set -e
 """
@@ -94,6 +94,38 @@ def test_the_daemon_of_another_interface_is_another_process(run):
         cp /run/qvp-cam0.pid /run/qvp-cam1.pid
         expect 1 status cam1
         expect 0 stop cam1; serves cam0
+    """)
+
+
+def test_the_daemon_may_have_another_name(run):
+    run("""
+        cp "$DAEMON" /run/board-daemon
+        sed -i 's,^QVP_DAEMON=.*,QVP_DAEMON=/run/board-daemon,' /etc/default/qvp
+        expect 0 start; serves cam0 && first=$(pid_of cam0)
+        expect 0 status
+        expect 0 start; [[ $(pid_of cam0) == "$first" ]]
+        expect 0 stop; is_gone cam0
+    """)
+
+
+def test_the_daemon_has_the_settings_in_its_environment(run):
+    """With `export` or without: the unit of systemd reads the same file, and takes no `export`."""
+    run("""
+        echo QVP_SITE_LIST=/run/list >>/etc/default/qvp
+        expect 0 start; serves cam0
+        tr '\\0' '\\n' <"/proc/$(pid_of cam0)/environ" >/run/environment
+        grep -qx QVP_SITE_LIST=/run/list /run/environment && grep -qx QVP_STORE=/run/store /run/environment
+    """)
+
+
+def test_a_pid_file_of_anything_keeps_nobody_off(run):
+    run("""
+        for left in '' 99999999999999999999 -1 self '*' '1 2'; do
+            printf '%s' "$left" >/run/qvp-cam0.pid
+            expect 1 status
+            expect 0 start; serves cam0
+            expect 0 stop; is_gone cam0
+        done
     """)
 
 

@@ -1,6 +1,7 @@
 """cmake --install installs what the packages hold, and the virtual camera runs from there."""
 import os
 import pathlib
+import re
 import subprocess
 
 import pytest
@@ -10,8 +11,7 @@ PATIENCE = 60
 
 DAEMON = """
     lib/systemd/system/qvp@.service lib/sysusers.d/qvp.conf lib/tmpfiles.d/qvp.conf libexec/qvp/remove-stale-pid-file sbin/qvp
-    share/doc/qvp/README.md share/doc/qvp/examples/camera.ini share/doc/qvp/examples/qvp.init
-    share/doc/qvp/examples/wireless.conf share/doc/qvp/porting.md share/doc/qvp/protocol.md
+    share/doc/qvp/examples/camera.ini share/doc/qvp/examples/qvp.init share/doc/qvp/examples/wireless.conf
     share/man/man3/qvp-platform.3 share/man/man8/qvp.8"""
 COMMANDS = """alert commit completion discover factory-reset get help open passwd raw reboot scan set show supported verify
     watch"""
@@ -24,26 +24,44 @@ CAMERA = """
     libexec/virtual-camera/store_keys.h libexec/virtual-camera/virtual-camera libexec/virtual-camera/virtual_time_server"""
 
 
+SOURCE = pathlib.Path(__file__).parents[2]
+PAGES = ("*.md", "docs/**/*.md", "docs/images/*.svg", "docs/*.schema.json", "docs/qvpctl.1", "packaging/**/*.md",
+         "virtual-camera/*.md", "wireshark/*.md")
+
+
+def documents():
+    return {f"share/doc/qvp/{path.relative_to(SOURCE)}" for pattern in PAGES for path in SOURCE.glob(pattern)}
+
+
 def install(folder, *options):
     subprocess.run(["cmake", "--install", BUILD, "--prefix", folder, *options], stdout=subprocess.DEVNULL, check=True)
     return {str(path.relative_to(folder)) for path in pathlib.Path(folder).rglob("*") if path.is_symlink() or path.is_file()}
 
 
 def folders_of_camera():
-    source = pathlib.Path(__file__).parents[2] / "virtual-camera"
+    source = SOURCE / "virtual-camera"
     return {f"libexec/virtual-camera/{path.relative_to(source)}" for folder in ("board", "lib")
             for path in (source / folder).rglob("*") if path.is_symlink() or path.is_file()}
 
 
 @pytest.mark.parametrize("component, files", [("daemon", DAEMON), ("tool", TOOL), ("virtual-camera", CAMERA)])
 def test_a_component_is_what_its_package_holds(tmp_path, component, files):
-    expected = set(files.split()) | (folders_of_camera() if component == "virtual-camera" else set())
+    more = {"daemon": documents, "virtual-camera": folders_of_camera}.get(component, set)
+    expected = set(files.split()) | more()
     assert install(tmp_path, "--component", component) == expected
 
 
 def test_no_file_is_without_a_component(tmp_path):
-    expected = set((DAEMON + TOOL + CAMERA).split()) | folders_of_camera()
+    expected = set((DAEMON + TOOL + CAMERA).split()) | folders_of_camera() | documents()
     assert install(tmp_path) == expected
+
+
+def test_no_link_of_the_documents_that_are_installed_is_dead(tmp_path):
+    install(tmp_path, "--component", "daemon")
+    links = [(page, target) for page in tmp_path.rglob("*.md")
+             for target in re.findall(r"\]\(([^)#\s]+)", page.read_text()) if "://" not in target]
+    assert len(links) > 50
+    assert [(page.name, target) for page, target in links if not (page.parent / target).exists()] == []
 
 
 def test_nothing_that_is_installed_names_the_build(tmp_path):

@@ -10,8 +10,9 @@ IN_HEX = ("opcode", "status", "mode_encryption", "auth_key_length", "key_format_
 
 
 class Field:
-    def __init__(self, offset, name, kind, data):
+    def __init__(self, offset, name, kind, data, width):
         self.offset, self.name, self.kind, self.data = offset, name, kind, data
+        self.width = width  # of the layout: a datagram may end within its last text
 
     def tokens(self, masked):
         """The first `masked` bytes as dots."""
@@ -35,7 +36,7 @@ class Field:
                 return " ".join(f"{code:04x}" for code in codes if code)
             number = int.from_bytes(self.data, "little" if self.kind.startswith("Le") else "big")
             return f"0x{number:04X}" if self.name in IN_HEX else str(number)
-        if len(self.data) == 1:
+        if self.width == 1:
             return f"0x{self.data[0]:02X}" if self.name.split(".")[-1] in IN_HEX else str(self.data[0])
         return self._text() if len(self.data) >= 14 else ""
 
@@ -64,7 +65,7 @@ def fields_of(layouts, struct, data, offset=0, prefix=""):
                 opens = f"{full}." if count > 1 else prefix
                 yield from fields_of(layouts, kind, data, offset, opens)
             elif part:
-                yield Field(offset, full, kind, part)
+                yield Field(offset, full, kind, part, width)
             offset += width
 
 
@@ -74,7 +75,7 @@ def lines_of(field, mask):
     rows = [tokens[i : i + ROW_BYTES] for i in range(0, len(tokens), ROW_BYTES)]
     for index, row in enumerate(rows):
         label = f"{field.name}  {note}" if index == 0 else ""
-        yield f"{field.offset + index * ROW_BYTES:4}  {' '.join(row):<{WIDTH}}{label}".rstrip()
+        yield f"{field.offset + index * ROW_BYTES:4}  {' '.join(row):<{WIDTH - 1}} {label}".rstrip()
 
 
 def header_in_short(data):
