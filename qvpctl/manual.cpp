@@ -1,6 +1,7 @@
 #include "qvpctl/manual.h"
 
 #include <algorithm>
+#include <cctype>
 #include <sstream>
 
 #include "client/settings/setting.h"
@@ -39,12 +40,19 @@ static std::string optionEntry(const OptionText& option) {
     return ".TP\n" + names + (option.isFlag() ? "" : " " + italic(option.type)) + "\n" + roff(option.help) + "\n";
 }
 
-static std::string commandEntry(const Subcommand& command, const CommandText& text) {
-    std::string entry = ".SS " + bold(command.name) + wordsOf(text) + "\n" + roff(command.summary) + "\n";
+static std::string ownOptions(const CommandText& text) {
+    std::string entries;
     for (const OptionText& option : text.options) {
-        if (!option.isWord && !option.isCommon && option.names.back() != "--help") entry += optionEntry(option);
+        if (!option.isWord && !option.isCommon && option.names.back() != "--help") entries += optionEntry(option);
     }
-    return entry + ".PP\n.nf\n" + lines(roff(command.examples)) + ".fi\n";
+    return entries;
+}
+
+static std::string examples(const Subcommand& command) { return ".nf\n" + lines(roff(command.examples)) + ".fi\n"; }
+
+static std::string commandEntry(const Subcommand& command, const CommandText& text) {
+    return ".SS " + bold(command.name) + wordsOf(text) + "\n" + roff(command.summary) + "\n" + ownOptions(text) +
+           ".PP\n" + examples(command);
 }
 
 static std::string commonOptions(const CommandText& any) {
@@ -97,10 +105,12 @@ speaks to cameras by UDP datagrams on port 62976. It needs no privileges and no 
 is named by its MAC, its address or its name; a name that more than one goes by is an error that lists them.
 )";
 
-static constexpr char kFoot[] = R"(.SH SECRETS
+static constexpr char kSecrets[] = R"(.SH SECRETS
 A secret never stands on the command line: its value is \fB@\fIFILE\fR (its first line), \fBenv:\fINAME\fR, or \fB\-\fR for
 a prompt. It is in no output and no error; the names of files and of variables are.
-.SH OUTPUT
+)";
+
+static constexpr char kFoot[] = R"(.SH OUTPUT
 Cameras may call themselves anything. In tables a control character, a character that hides or reorders text, and a byte
 that is not UTF\-8 is shown as \fB\exHH\fR or \fB\eu{HHHH}\fR, and a backslash is doubled. JSON is plain ASCII: other
 characters are escaped, and each piece that is not UTF\-8 becomes \fB\eufffd\fR. Its fields are those of
@@ -121,6 +131,15 @@ A firewall on this machine must let the replies in: they come from port 62976 to
 address the request was not sent to.
 )";
 
+// "qvpctl-get(1)", as man pages name each other.
+static std::string reference(const Subcommand& command) { return ".BR qvpctl\\-" + roff(command.name) + " (1)"; }
+
+static std::string seeAlso(std::span<const Subcommand* const> commands) {
+    std::string entries = ".SH SEE ALSO\n";
+    for (const Subcommand* command : commands) entries += reference(*command) + ",\n";
+    return entries + ".BR qvp (8),\n.BR virtual\\-camera (1)\n";
+}
+
 std::string manualPage(std::span<const Subcommand* const> commands, const std::vector<CommandText>& texts) {
     std::string page = kHead;
     page += ".SH COMMANDS\n";
@@ -130,5 +149,43 @@ std::string manualPage(std::span<const Subcommand* const> commands, const std::v
     page += ".SH OPTIONS OF EVERY COMMAND\n" + commonOptions(texts.front());
     page += ".SH SETTINGS\n" + settings();
     page += ".SH EXIT STATUS\n" + exitStatus();
-    return page + kFoot;
+    return page + kSecrets + kFoot + seeAlso(commands);
+}
+
+static std::string upper(std::string text) {
+    std::ranges::transform(text, text.begin(), [](unsigned char letter) { return std::toupper(letter); });
+    return text;
+}
+
+// "show settings of a camera": how a name is explained.
+static std::string phrase(std::string sentence) {
+    sentence[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(sentence[0])));
+    if (sentence.ends_with(".")) sentence.pop_back();
+    return sentence;
+}
+
+static std::string words(const CommandText& text) {
+    std::string entries;
+    for (const OptionText& option : text.options) {
+        if (option.isWord) entries += ".TP\n" + italic(option.names.back()) + "\n" + roff(option.help) + "\n";
+    }
+    return entries;
+}
+
+static bool takes(const CommandText& text, const std::string& what) {
+    return std::ranges::any_of(text.options,
+                               [&](const OptionText& one) { return one.type == what || one.names.back() == what; });
+}
+
+std::string commandPage(const Subcommand& command, const CommandText& text) {
+    const std::string name = std::string("qvpctl-") + command.name;
+    std::string page = std::string(".\\\" Made by 'qvpctl help manual ") + command.name + "'.\n";
+    page += ".TH " + roff(upper(name)) + " 1\n.SH NAME\n" + roff(name) + " \\- " + roff(phrase(command.summary)) + "\n";
+    page += ".SH SYNOPSIS\n" + bold(std::string("qvpctl ") + command.name) + wordsOf(text) + " [\\fIOPTION\\fR ...]\n";
+    page += ".SH DESCRIPTION\n" + roff(command.summary) + "\n" + words(text);
+    page += ".SH OPTIONS\n" + ownOptions(text) + commonOptions(text);
+    if (takes(text, "KEY") || takes(text, "KEY=VALUE")) page += ".SH SETTINGS\n" + settings();
+    page += ".SH EXAMPLES\n" + examples(command) + ".SH EXIT STATUS\n" + exitStatus();
+    if (takes(text, "SECRET") || takes(text, "KEY=VALUE")) page += kSecrets;
+    return page + ".SH SEE ALSO\n.BR qvpctl (1)\n";
 }

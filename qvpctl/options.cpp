@@ -60,6 +60,11 @@ void addChoice(CLI::App& app, const char* name, std::string& word, const std::ve
     option->required(isWord)->type_name(isWord ? "" : "WORD");
 }
 
+void addOptionalChoice(CLI::App& app, const char* name, std::string& word, const std::vector<std::string>& words,
+                       const char* help) {
+    app.add_option(name, word, help)->check(isOneOf(words))->type_name("");
+}
+
 static std::vector<std::string> takeApart(const std::string& list) {
     std::vector<std::string> words(1);
     for (const char letter : list) {

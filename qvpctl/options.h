@@ -38,6 +38,9 @@ void addNeededWord(CLI::App& app, const char* name, std::string& word, const cha
 // The words are what completion offers, too.
 void addChoice(CLI::App& app, const char* name, std::string& word, const std::vector<std::string>& words,
                const char* help);
+// The same for a word that need not be there.
+void addOptionalChoice(CLI::App& app, const char* name, std::string& word, const std::vector<std::string>& words,
+                       const char* help);
 
 // Words of that list with commas between them, in any order.
 void addList(CLI::App& app, const char* names, std::vector<std::string>& words, const std::vector<std::string>& known,

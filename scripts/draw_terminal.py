@@ -17,6 +17,7 @@ import pyte
 CELL_WIDTH, CELL_HEIGHT, MARGIN, FONT_SIZE = 8.4, 19, 16, 14
 BACKGROUND, TEXT = "#1e2127", "#d7dae0"
 COLOURS = {"default": TEXT, "red": "#e06c75", "green": "#98c379", "brown": "#d19a66", "blue": "#61afef"}
+FIXED_BLANK = "\u00a0"  # a browser makes one of several plain ones, and then stretches the line
 PROMPT = "\x1b[32m$\x1b[0m "
 
 
@@ -56,20 +57,19 @@ def draw_line(cells, y):
     x = 0
     for style, group in groupby(cells, key=lambda cell: (cell.fg, cell.bold)):
         text = "".join(cell.data for cell in group)
-        length = len(text)
-        if text.strip():
+        if words := text.strip():
+            start = x + len(text) - len(text.lstrip())
             weight = ' font-weight="bold"' if style[1] else ""
-            yield (f'<text x="{MARGIN + x * CELL_WIDTH:.1f}" y="{y}" fill="{COLOURS.get(style[0], TEXT)}"{weight} '
-                   f'textLength="{length * CELL_WIDTH:.1f}">{escape(text)}</text>')
-        x += length
+            yield (f'<text x="{MARGIN + start * CELL_WIDTH:.1f}" y="{y}" fill="{COLOURS.get(style[0], TEXT)}"{weight} '
+                   f'textLength="{len(words) * CELL_WIDTH:.1f}">{escape(words).replace(" ", FIXED_BLANK)}</text>')
+        x += len(text)
 
 
 def draw(lines, width):
     picture_width = round(2 * MARGIN + width * CELL_WIDTH)
     picture_height = 2 * MARGIN + len(lines) * CELL_HEIGHT
     yield (f'<svg xmlns="http://www.w3.org/2000/svg" width="{picture_width}" height="{picture_height}" '
-           f'font-family="ui-monospace, Menlo, Consolas, \'DejaVu Sans Mono\', monospace" font-size="{FONT_SIZE}" '
-           'xml:space="preserve">')
+           f'font-family="ui-monospace, Menlo, Consolas, \'DejaVu Sans Mono\', monospace" font-size="{FONT_SIZE}">')
     yield f'<rect width="100%" height="100%" rx="8" fill="{BACKGROUND}"/>'
     for number, cells in enumerate(lines):
         yield from draw_line(cells, MARGIN + number * CELL_HEIGHT + FONT_SIZE)

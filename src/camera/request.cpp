@@ -5,6 +5,8 @@
 // Null in a daemon whose platform has none.
 #pragma weak requestBegins
 
+bool requestTookLong;
+
 void beginRequest() {
     if (requestBegins != nullptr) requestBegins();
 }

@@ -2,6 +2,7 @@
 
 #include <string.h>
 
+#include "camera/request.h"
 #include "platform.h"
 
 void read(TextKey key, char (&text)[kTextSize]) {
@@ -23,6 +24,12 @@ uint8_t read(FlagKey key) { return readCleared<uint8_t>(key); }
 
 void readInto(FlagKey key, uint8_t& value) { cfgRead(key.section, key.name, &value); }
 
-void write(TextKey key, const char (&text)[kTextSize]) { cfgWrite(key.section, key.name, text, kWriteThrough); }
-void write(NumberKey key, int32_t value) { cfgWrite(key.section, key.name, &value, kWriteThrough); }
-void write(FlagKey key, uint8_t value) { cfgWrite(key.section, key.name, &value, kWriteThrough); }
+template <typename Key>
+static void writeThrough(Key key, const void* value) {
+    cfgWrite(key.section, key.name, value, kWriteThrough);
+    requestTookLong = true;
+}
+
+void write(TextKey key, const char (&text)[kTextSize]) { writeThrough(key, text); }
+void write(NumberKey key, int32_t value) { writeThrough(key, &value); }
+void write(FlagKey key, uint8_t value) { writeThrough(key, &value); }

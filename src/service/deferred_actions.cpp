@@ -75,6 +75,7 @@ void runDeferredActions() {
         if (*action.flag == 0) continue;
         beginRequest();  // the actions before it ran commands
         action.run();
+        requestTookLong = true;
         *action.flag = 0;
     }
 }

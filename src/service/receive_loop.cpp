@@ -81,11 +81,12 @@ static void serveDatagram(uint8_t* received, uint8_t* reply, Sender& sender) {
 }
 
 // pselect lets no signal through when the socket is readable at once, so in a flood the window opens by itself now and
-// then: it must not hold up a stop.
+// then, and behind every scan, write or command: it must not hold up a stop.
 static void letSignalsThrough() {
     constexpr unsigned kDatagramsBetween = 16;
     static unsigned datagrams;
-    if (++datagrams % kDatagramsBetween != 0) return;
+    if (++datagrams % kDatagramsBetween != 0 && !requestTookLong) return;
+    requestTookLong = false;
     openSignalWindow();
     closeSignalWindow();
 }

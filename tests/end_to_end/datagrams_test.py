@@ -1,6 +1,6 @@
 """Datagrams of every size, family and command: what is answered, and what is met with silence."""
 import pytest
-from support.requests import discovery
+from support.requests import basic_info, discovery
 from support.tool import Tool
 from support.wire import BY_MAC, EVERYONE, FAMILIES, LANDAP, PRIMARY, credentials, le16, reply, request
 
@@ -31,6 +31,17 @@ def test_sizes(tool, camera):
     for size in (22, 23, 150, 1023, 1024, 1025, 1472, 1500):
         assert len(tool.ask(camera, whole[:size])) == 505, size
     assert camera.trace().count(RECEIVED) == traced + 9
+
+
+def test_a_request_that_ends_early_is_read_as_if_zeros_followed(tool, camera):
+    asked = basic_info(camera)[:220]
+    assert tool.ask(camera, asked) == reply(asked, camera, 38, {26: b"\x02\0\0\0\x10\x27\0\0"})
+    tool.assert_in_step(camera)
+    network = camera.store()["NETWORK_V4"]
+    expected = [b"0", camera.address.encode(), b"0.0.0.0", b"0.0.0.0"]
+    assert [network[key] for key in ("BootProto", "IP", "SubnetMask", "Gateway")] == expected
+    asked = basic_info(camera)[:218]
+    assert tool.ask(camera, asked) == reply(asked, camera, 38, {22: b"\x03"}, status=2)
 
 
 def test_families(tool, camera):

@@ -107,9 +107,14 @@ def main(program, bare, top):
         if status != 1 or not any(line.startswith(start) for line in lines):
             faults += [f"is not found: {operation} {fault}", *lines]
         reports += [line for line in lines if line.startswith("FAIL")]
-    status, lines = run(program, "", "", ["--only", "noSuchOperation"])
-    if status != 1:
-        faults.append(f"checks of nothing end with {status}")
+    for mistake in (["--only", "noSuchOperation"], ["--seconds", "soon"], ["--seconds", "0"], ["--seconds", "-1"]):
+        status, lines = run(program, "", "", mistake)
+        if status != 2 or lines:
+            faults += [f"{mistake}: {status}", *lines]
+    for interface, is_noted in (("nowhere0", True), ("lo", False)):
+        lines = run(program, "", "", ["--only", "usrInit", "--interface", interface])[1]
+        if is_noted != any(line.startswith(f"note    there is no interface {interface} ") for line in lines):
+            faults += [f"interface {interface}:", *lines]
     known = complaints(top)
     for form in sorted(known - NOT_OF_THE_LIBRARY):
         if not any(is_of(form, line) for line in reports):

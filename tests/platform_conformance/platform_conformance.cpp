@@ -1,5 +1,6 @@
 // Tells, operation by operation, what of a platform library does not keep the contract of platform/platform.h.
 #include <getopt.h>
+#include <net/if.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -90,6 +91,27 @@ static constexpr option kOptions[] = {
     {nullptr, 0, nullptr, 0},
 };
 
+// A day at most: a mistyped number is not to mean that nothing ends a check that hangs.
+static bool takeSeconds(const char* text) {
+    char* end = nullptr;
+    const unsigned long seconds = strtoul(text, &end, 10);
+    if (*end == '\0' && seconds >= 1 && seconds <= 86400) {
+        patience = static_cast<unsigned>(seconds);
+        return true;
+    }
+    fprintf(stderr, "--seconds: not a number from 1 to 86400: '%s'\n", text);
+    return false;
+}
+
+static bool takeOperation(const char* name, Settings& settings) {
+    settings.only = name;
+    for (const Operation& operation : kOperations) {
+        if (strcmp(name, operation.name) == 0) return true;
+    }
+    fprintf(stderr, "--only: no such operation: '%s'\n", name);
+    return false;
+}
+
 static bool take(int letter, Settings& settings) {
     if (letter == 's' || letter == 'c') settings.store = true;
     if (letter == 'i' || letter == 'c') settings.integers = true;
@@ -102,14 +124,18 @@ static bool take(int letter, Settings& settings) {
     if (letter == 'f') settings.firmware = optarg;
     if (letter == 'u') settings.configuration = optarg;
     if (letter == 't') settings.folder = optarg;
-    if (letter == 'n') settings.only = optarg;
-    if (letter == 'p') patience = static_cast<unsigned>(strtoul(optarg, nullptr, 10));
+    if (letter == 'n') return takeOperation(optarg, settings);
+    if (letter == 'p') return takeSeconds(optarg);
     return letter != '?';
 }
 
 static int check(const Settings& settings) {
     int checked = 0;
     int failed = 0;
+    if (if_nametoindex(settings.interface) == 0) {
+        printf("note    there is no interface %s here, so none of its addresses is looked at (--interface)\n",
+               settings.interface);
+    }
     if (settings.store) saveStore();
     for (const Operation& operation : kOperations) {
         if (settings.only != nullptr && strcmp(settings.only, operation.name) != 0) continue;
@@ -118,7 +144,7 @@ static int check(const Settings& settings) {
         if (settings.store && operation.writesStore) restoreStore();
     }
     printf("%d operations, %d do not keep the contract\n", checked, failed);
-    return failed == 0 && checked > 0 ? 0 : 1;
+    return failed == 0 ? 0 : 1;
 }
 
 int main(int count, char** arguments) {

@@ -81,6 +81,23 @@ TEST_F(Stop, IsNotHeldUpByDatagramsThatAreThereBeforeEveryWait) {
     EXPECT_EQ(fake::sentTo("192.168.0.100:5000").size(), fake::eventsOf({"recvfrom"}).size());
 }
 
+// A scan takes seconds, a write to flash a good part of one: what comes meanwhile waits for one more of them at most.
+TEST_F(Stop, IsNotHeldUpByManyScansOrWrites) {
+    const std::pair<const char*, Packet> rows[] = {
+        {"getSiteList", request(command(primaryFamily(), "init_wifi_site_survey"))},
+        {"cfgWrite", request(command(primaryFamily(), "set_network_adv_info")).put(279, {1, 1})},
+    };
+    for (const auto& [work, asked] : rows) {
+        SetUp();
+        fake::onEvent(work, [] { raise(SIGTERM); });
+        for (int datagram = 0; datagram < 10; ++datagram) fake::deliver(asked.bytes());
+        const DaemonRun run = runDaemon();
+        EXPECT_EQ(run.status, 0);
+        EXPECT_THAT(run.serviceTrace(), Contains("[QVP][qvp][signal_handler][Line: 86]: Terminated")) << work;
+        EXPECT_EQ(fake::eventsOf({"recvfrom"}).size(), 2u) << work;
+    }
+}
+
 TEST_F(Stop, DuringACommandComesOnceItsReplyHasLeft) {
     fake::deliver(discovery());
     fake::onEvent("cfgRead INFO BrandName", [] { raise(SIGTERM); });

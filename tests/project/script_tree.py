@@ -29,7 +29,7 @@ class ScriptTree:
         for name in ("run", "test", "CMakePresets.json"):
             shutil.copy(SOURCE / name, self.top)
         shutil.copytree(SOURCE / "scripts", self.top / "scripts")
-        for name in ("virtual-camera", "tests"):
+        for name in ("virtual-camera", "wireshark", "tests"):
             (self.top / name).symlink_to(SOURCE / name)
         self.program("dpkg-query", "printf installed")
         self.program("apt-get", "exit 1")

@@ -18,8 +18,9 @@ COMMANDS = ["", "discover", "watch", "show", "get", "set", "passwd", "verify", "
     [], ["frobnicate"], ["--frobnicate"], ["discover", "extra"], ["discover", "--wait", "0"],
     ["discover", "--wait", "nan"], ["discover", "-i"], ["discover", "-i", ""], ["watch", "--count", "0"],
     ["watch", "--count", "-1"], ["watch", "--frobnicate"], ["discover", "--expect", "0"], ["get"], ["set", "Gate"],
-    ["discover", "--retries", "-1"], ["discover", "--family", "other"], ["help", "frobnicate"], ["passwd", "a", "b"],
-    ["plan"], ["apply"], ["diff"], ["export"], ["revert"], ["apply", "site.csv", "--parallel", "65"],
+    ["discover", "--retries", "-1"], ["discover", "--family", "other"], ["help", "frobnicate"],
+    ["help", "manual", "frobnicate"], ["passwd", "a", "b"], ["plan"], ["apply"], ["diff"], ["export"], ["revert"],
+    ["apply", "site.csv", "--parallel", "65"],
 ], ids=" ".join)
 def test_wrong_usage_ends_with_2(arguments):
     result = subprocess.run([TOOL, *arguments], capture_output=True, timeout=PATIENCE, check=False)
@@ -71,3 +72,27 @@ def test_a_text_in_json(arguments):
 def test_version():
     result = subprocess.run([TOOL, "--version"], capture_output=True, timeout=PATIENCE, check=False)
     assert re.fullmatch(r"qvpctl \d+\.\d+\.\d+\n", result.stdout.decode())
+
+
+@pytest.mark.parametrize("command", COMMANDS[1:])
+def test_each_command_has_a_page_of_the_manual(command):
+    result = subprocess.run([TOOL, "help", "manual", command], capture_output=True, timeout=PATIENCE, check=False)
+    assert (result.returncode, result.stderr) == (0, b"")
+    page = result.stdout.decode()
+    typed = command.replace("-", "\\-")
+    assert f".TH QVPCTL\\-{typed.upper()} 1\n" in page and f"\nqvpctl\\-{typed} \\- " in page
+    sections = re.findall(r"^\.SH (.*)", page, re.M)
+    assert sections[:4] == ["NAME", "SYNOPSIS", "DESCRIPTION", "OPTIONS"]
+    assert ("SETTINGS" in sections) == (command in ("get", "set"))
+    assert ("SECRETS" in sections) == (command in ("set", "passwd"))
+
+
+def test_only_the_manual_has_pages_of_commands():
+    result = subprocess.run([TOOL, "help", "settings", "get"], capture_output=True, timeout=PATIENCE, check=False)
+    assert (result.returncode, result.stdout) == (2, b"")
+    assert result.stderr == b"qvpctl: only the manual has a page for each command\n"
+
+
+def test_the_pages_of_the_manual_are_completed():
+    result = subprocess.run([TOOL, "__complete", "words", "help", "manual", "re"], capture_output=True, timeout=PATIENCE, check=True)
+    assert result.stdout == b"reboot\n"

@@ -27,10 +27,10 @@ camera_mac() {
     printf '02:51:56:50:%02x:%02x' $(($1 / 256)) $(($1 % 256))
 }
 
-# Where the build of this tree has put NAME; beside the daemon, where one is told.
+# Where NAME is: beside the daemon, where one is told; here, where this is installed; in the build of this tree.
 built() { # NAME
     local file
-    for file in ${daemon:+"$(dirname "$daemon")/$1"} "$tree/../build/release/$1"; do
+    for file in ${daemon:+"$(dirname "$daemon")/$1"} "$tree/$1" "$tree/../build/release/$1"; do
         [[ -f $file ]] || continue
         readlink -f "$file"
         return 0

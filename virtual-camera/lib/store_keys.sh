@@ -5,7 +5,8 @@ declare -A store_types=()
 
 # Every line of the table has to be understood, so that a change of its form cannot pass for a table without keys.
 read_store_keys() {
-    local file=$tree/../platform/store_keys.h line inside=''
+    local file=$tree/store_keys.h line inside='' # beside the scripts where they are installed
+    [[ -e $file ]] || file=$tree/../platform/store_keys.h
     local row='^ *(TEXT|NUMBER|SHORT|FLAG) *\( *k[A-Za-z0-9]+, *"([^"]+)", *"([^"]+)" *\) *(\\?)$'
     [[ -r $file ]] || fail "$file: cannot be read, so --set cannot be checked"
     while IFS= read -r line; do

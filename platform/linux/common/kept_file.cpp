@@ -20,29 +20,27 @@ static bool isSameTime(const timespec& one, const timespec& other) {
     return one.tv_sec == other.tv_sec && one.tv_nsec == other.tv_nsec;
 }
 
-static bool isSameState(const KeptFile& file, const struct stat* status) {
-    if (!file.wasRead || file.exists != (status != nullptr)) return false;
-    if (status == nullptr) return true;
+static bool isSameState(const KeptFile& file, const struct stat& status) {
     const struct stat& known = file.status;
-    return known.st_ino == status->st_ino && known.st_dev == status->st_dev && known.st_size == status->st_size &&
-           isSameTime(known.st_mtim, status->st_mtim) && isSameTime(known.st_ctim, status->st_ctim);
+    return file.wasRead && known.st_ino == status.st_ino && known.st_dev == status.st_dev &&
+           known.st_size == status.st_size && isSameTime(known.st_mtim, status.st_mtim) &&
+           isSameTime(known.st_ctim, status.st_ctim);
 }
 
-static bool isSettled(const KeptFile& file) { return !file.exists || file.readAt - file.firstSeen >= kSettledAfter; }
+static bool isSettled(const KeptFile& file) { return file.readAt - file.firstSeen >= kSettledAfter; }
 
 bool isStillSame(KeptFile& file, const char* path) {
     struct stat status;
     if (!file.wasRead || !isSettled(file)) return false;
-    if (!isSameState(file, stat(path, &status) == 0 ? &status : nullptr)) return false;
+    if (stat(path, &status) != 0 || !isSameState(file, status)) return false;
     file.lookedAtIn = requestNumber;
     return true;
 }
 
-void noteRead(KeptFile& file, const struct stat* status, int64_t startedAt) {
+void noteRead(KeptFile& file, const struct stat& status, int64_t startedAt) {
     if (!isSameState(file, status)) file.firstSeen = millisecondsNow();
     file.wasRead = requestNumber != 0;
-    file.exists = status != nullptr;
-    if (status != nullptr) file.status = *status;
+    file.status = status;
     file.readAt = startedAt;
     file.lookedAtIn = requestNumber;
 }

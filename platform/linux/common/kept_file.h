@@ -9,7 +9,6 @@ extern uint32_t requestNumber;  // of the request that is served now; 0: nobody 
 // What was seen of a file when it was read. All zeros: nothing yet.
 struct KeptFile {
     bool wasRead;
-    bool exists;
     struct stat status;   // taken before the content was read
     int64_t firstSeen;    // when the file was first seen in this state, in milliseconds of the monotonic clock
     int64_t readAt;       // when the last read of it began
@@ -23,9 +22,9 @@ inline bool wasLookedAt(const KeptFile& file) { return file.wasRead && file.look
 // Looks at the file. True when what was read of it may be used in this request.
 bool isStillSame(KeptFile& file, const char* path);
 
-// To be called whenever the file has been read, with its state from before (null: there is no such file) and with the
-// time before that, of millisecondsNow().
-void noteRead(KeptFile& file, const struct stat* status, int64_t startedAt);
+// To be called whenever the file has been read, with its state from before and with the time before that, of
+// millisecondsNow().
+void noteRead(KeptFile& file, const struct stat& status, int64_t startedAt);
 
 // What was read is not the file's any more.
 void forget(KeptFile& file);

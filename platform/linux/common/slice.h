@@ -10,5 +10,5 @@ struct Slice {
 };
 
 inline bool sliceEquals(Slice slice, const char* text) {
-    return strncmp(text, slice.text, slice.length) == 0 && text[slice.length] == '\0';
+    return strlen(text) == slice.length && memcmp(text, slice.text, slice.length) == 0;
 }

@@ -40,8 +40,8 @@ static void readAgain() {
     const int64_t start = millisecondsNow();
     const bool exists = stat(kResolverFile, &status) == 0;
     serverCount = readNameServers(kResolverFile, servers);
-    if (serverCount < 0) return forget(kept);
-    noteRead(kept, exists ? &status : nullptr, start);
+    if (!exists || serverCount < 0) return forget(kept);
+    noteRead(kept, status, start);
 }
 
 static int give(int index, uint8_t address[4]) {

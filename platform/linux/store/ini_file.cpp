@@ -104,7 +104,8 @@ static const char* lineBreak(const IniText& text) {
 
 static void appendField(bool hasSection, const char* section, const char* name, const char* value, const char* lineEnd,
                         IniText& changed) {
-    if (changed.length > 0 && changed.bytes[changed.length - 1] != '\n') append(changed, lineEnd);
+    const char last = changed.length > 0 ? changed.bytes[changed.length - 1] : '\n';
+    if (last != '\n') append(changed, last == '\r' ? "\n" : lineEnd);  // half a line break becomes a whole one
     if (!hasSection) {
         const char* const heading[] = {changed.length > 0 ? lineEnd : "", "[", section, "]", lineEnd};
         for (const char* piece : heading) append(changed, piece);

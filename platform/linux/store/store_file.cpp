@@ -83,7 +83,7 @@ static int readStore() {
     if (descriptor < 0) return -1;
     if (closeKeepingErrno(descriptor, readRegularFile(descriptor, text, status)) != 0) return -1;
     takeText(text);
-    noteRead(kept, &status, start);
+    noteRead(kept, status, start);
     return 0;
 }
 

@@ -1,5 +1,6 @@
 #include "store/stored_values.h"
 
+#include <stddef.h>
 #include <string.h>
 
 #include "common/numbers.h"
@@ -57,8 +58,9 @@ void takeValues(const IniText& text, StoredValues& values) {
 
 void takeNewValue(int key, size_t length, StoredValues& values) {
     const Slice old = values.values[key].text;
+    const ptrdiff_t moved = static_cast<ptrdiff_t>(length) - static_cast<ptrdiff_t>(old.length);
     for (StoredValue& value : values.values) {
-        if (value.text.text > old.text) value.text.text += length - old.length;
+        if (value.text.text > old.text) value.text.text += moved;
     }
     values.values[key] = valueOf(storeKey(key).type, {old.text, length});
 }

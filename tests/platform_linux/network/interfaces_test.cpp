@@ -40,6 +40,17 @@ TEST(Interface, HasWhatTheKernelTells) {
         EXPECT_EQ(net_get_gateway("e1", gateway.data()), -1);
         EXPECT_EQ(address, (Bytes4{192, 0, 2, 130}));
         EXPECT_EQ(gateway, (Bytes4{192, 0, 2, 254}));
+
+        // One address for all of a request, whatever comes between; the next request has the new one.
+        requestBegins();
+        EXPECT_EQ(net_get_ifaddr("e0", address.data()), 0);
+        EXPECT_EQ(system("ip address flush dev e0 && ip address add 192.0.2.7/25 dev e0"), 0);
+        EXPECT_EQ(net_get_ifaddr("e0", address.data()), 0);
+        EXPECT_EQ(address, (Bytes4{192, 0, 2, 130}));
+        EXPECT_EQ(net_get_ifaddr("e1", address.data()), -1);
+        requestBegins();
+        EXPECT_EQ(net_get_ifaddr("e0", address.data()), 0);
+        EXPECT_EQ(address, (Bytes4{192, 0, 2, 7}));
     });
     if (status == kNotAllowed) GTEST_SKIP() << "no network namespace of its own on this machine";
     EXPECT_EQ(status, 0);

@@ -76,6 +76,22 @@ TEST(KeptNameServers, ChangeWithTheirFile) {
     });
 }
 
+// Looked for in vain, and there a moment later when it is opened: what was read then is not kept.
+TEST(KeptNameServers, OfAFileThatCameAndWentAreNone) {
+    inPrivateEtc([] {
+        serversInARequest();
+        std::filesystem::remove(kFile);
+        {
+            const CaughtFileCalls caught({.before = [](const std::string& call) {
+                if (call.starts_with("open")) writeFile(kFile, "nameserver 192.0.2.9\n");
+            }});
+            EXPECT_EQ(serversInARequest().first, 9);
+        }
+        std::filesystem::remove(kFile);
+        EXPECT_EQ(serversInARequest(), (Pair{0, 0}));
+    });
+}
+
 // A reading that fails for a moment is not what the file says.
 TEST(KeptNameServers, AreReadAgainAfterAFailure) {
     inPrivateEtc([] {
