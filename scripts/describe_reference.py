@@ -123,14 +123,23 @@ def exit_statuses(tool, _word):
                   for status, meaning in re.findall(r"^  (\d)  (.*)", help_text(tool, "exit-status"), re.M)])  # fmt: skip
 
 
-SCHEMA = json.loads(source("docs/qvpctl.schema.json"))["$defs"]
+WHOLE_SCHEMA = json.loads(source("docs/qvpctl.schema.json"))
+SCHEMA = WHOLE_SCHEMA["$defs"]
 KNOWN = {"mac": "MAC", "address": "IPv4 address", "number16": "number, 0 to 65535", "opcode": "text, `0x` and four digits",
          "key": "name of a setting", "header": "object, see [the header](#the-header)"}  # fmt: skip
 
 
+def resolved(form):
+    while "$ref" in form:
+        form = SCHEMA[form["$ref"].removeprefix("#/$defs/")]
+    return form
+
+
 def type_of(form):
     if "$ref" in form:
-        return KNOWN[form["$ref"].removeprefix("#/$defs/")]
+        return KNOWN.get(form["$ref"].removeprefix("#/$defs/")) or type_of(resolved(form))
+    if "properties" in form:
+        return "object of " + ", ".join(f"`{name}`" for name in form["properties"])
     if "oneOf" in form:
         return " or ".join(type_of(one) for one in form["oneOf"])
     if "enum" in form:
@@ -144,7 +153,11 @@ def type_of(form):
 
 
 def field_rows(form, prefix=""):
-    """Objects inside are opened."""
+    """Objects inside are opened; of several kinds of line, one after the other."""
+    if "oneOf" in form:
+        for one in form["oneOf"]:
+            yield from field_rows(resolved(one), prefix)
+        return
     for name, field in form["properties"].items():
         if "properties" in field:
             yield from field_rows(field, f"{prefix}{name}.")
@@ -153,10 +166,7 @@ def field_rows(form, prefix=""):
 
 
 def fields(_tool, command):
-    form = SCHEMA[command]
-    while "$ref" in form:
-        form = SCHEMA[form["$ref"].removeprefix("#/$defs/")]
-    return table(["Field", "Type", "What it says"], field_rows(form))
+    return table(["Field", "Type", "What it says"], field_rows(resolved(SCHEMA[command])))
 
 
 TABLES = {"store-keys": store_keys, "time-zones": time_zones, "settings": settings, "exit-statuses": exit_statuses, "fields": fields}
@@ -187,7 +197,7 @@ def main():
         elif before != after:
             differs = True
             print("\n".join(difflib.unified_diff(before.splitlines(), after.splitlines(), page.name, "the code", lineterm="")))
-    commands = set(SCHEMA) - {"number16", *KNOWN} | {"header"}
+    commands = {line["$ref"].removeprefix("#/$defs/") for line in WHOLE_SCHEMA["anyOf"]} | {"header"}
     missing = {(name, None) for name in TABLES if name != "fields"} | {("fields", command) for command in commands}
     missing -= shown
     print(f"{len(shown)} tables;", *(["without one:", *sorted(str(one) for one in missing)] if missing else []))
