@@ -1,6 +1,7 @@
 // qvpctl apply: makes many cameras as a file has them.
 #include <fcntl.h>
 
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <iostream>
@@ -53,6 +54,7 @@ public:
         fleet.refuseFaults(Fleet::Conflicts::Refused);
         takeOver(fleet.readings());
         change(digest, stop.descriptor());
+        sortAsIn(fleet.readings());
         printOutcomes(outcomes_, common_.json);
         return worstOf(outcomes_);
     }
@@ -104,6 +106,14 @@ private:
         ChangeRun(common_, options_.fleet.parallel, stop, watch).run(tasks_, ChangeRun::First::Ahead);
         if (isStopped(stop)) throw Error(ErrorKind::Unverified, "stopped: 'qvpctl apply --resume' goes on");
         journal.noteEnd();
+    }
+
+    // They came as the cameras were done.
+    void sortAsIn(const std::vector<Reading>& file) {
+        const auto place = [&](const Outcome& one) {
+            return std::ranges::find(file, one.mac, [](const Reading& row) { return row.camera->mac; }) - file.begin();
+        };
+        std::ranges::sort(outcomes_, {}, place);
     }
 
     ApplyOptions options_;
