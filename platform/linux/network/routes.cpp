@@ -103,22 +103,23 @@ static struct {
     char bytes[kAlmostAPiece];
     size_t length;
     Choice best;
-} g_known;
+} known;
 
 static bool isKnown(Slice table, const char* interface) {
-    return g_known.length == table.length && memcmp(g_known.bytes, table.text, table.length) == 0 &&
-           strcmp(g_known.interface, interface) == 0;
+    return known.length == table.length && memcmp(known.bytes, table.text, table.length) == 0 &&
+           strcmp(known.interface, interface) == 0;
 }
 
 static Choice chooseFromWhole(Slice table, const char* interface) {
-    if (isKnown(table, interface)) return g_known.best;
+    if (isKnown(table, interface)) return known.best;
     Choice best = {};
     chooseAmong(table, interface, best);
-    if (strlen(interface) >= sizeof g_known.interface) return best;
-    strcpy(g_known.interface, interface);
-    memcpy(g_known.bytes, table.text, table.length);
-    g_known.length = table.length;
-    g_known.best = best;
+    const size_t length = strlen(interface);
+    if (length >= sizeof known.interface) return best;
+    memcpy(known.interface, interface, length + 1);
+    memcpy(known.bytes, table.text, table.length);
+    known.length = table.length;
+    known.best = best;
     return best;
 }
 
