@@ -14,7 +14,7 @@ Conversation::Conversation(Link& link, Family family, Target target, Patience pa
     : link_(link), family_(family), target_(std::move(target)), patience_(patience), note_(std::move(note)) {}
 
 void Conversation::moveTo(Ipv4 address) {
-    if (!std::ranges::equal(address.bytes, target_.address.bytes)) target_.isShared = false;
+    if (!isSame(address, target_.address)) target_.isShared = false;
     target_.address = address;
 }
 
@@ -27,7 +27,7 @@ void Conversation::send(std::span<const uint8_t> request, int attempt) {
 void Conversation::noteSender(const Incoming& reply) {
     PacketHeader header;
     memcpy(&header, reply.bytes.data(), sizeof header);
-    if (std::ranges::equal(header.address.bytes, reply.sender.bytes)) return;
+    if (isSame(header.address, reply.sender)) return;
     note_("the reply came from " + addressText(reply.sender) + " but says it is from " + addressText(header.address));
 }
 

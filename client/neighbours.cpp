@@ -33,7 +33,7 @@ static std::vector<std::pair<Ipv4, Mac>> known(const std::vector<Ipv4>& addresse
         Ipv4 address{};
         Mac mac{};
         if (!takeRow(row, address, mac)) continue;
-        const auto isIt = [&](Ipv4 one) { return std::ranges::equal(one.bytes, address.bytes); };
+        const auto isIt = [&](Ipv4 one) { return isSame(one, address); };
         if (std::ranges::any_of(addresses, isIt)) result.emplace_back(address, mac);
     }
     return result;

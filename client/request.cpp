@@ -4,6 +4,8 @@
 #include <cstring>
 #include <random>
 
+#include "client/text.h"
+
 namespace client {
 
 uint16_t randomSequence() { return static_cast<uint16_t>(std::random_device()()); }
@@ -32,7 +34,7 @@ std::span<const uint8_t> bytesOf(const PacketHeader& header) {
 }
 
 static bool isFrom(const PacketHeader& reply, const PacketHeader& request) {
-    return load(request.status) != kByMac || std::ranges::equal(reply.mac.bytes, request.mac.bytes);
+    return load(request.status) != kByMac || isSame(reply.mac, request.mac);
 }
 
 bool answers(std::span<const uint8_t> datagram, const PacketHeader& request) {

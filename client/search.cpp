@@ -32,9 +32,6 @@ void Finder::sendRound(bool isFirst) {
     }
 }
 
-static bool isSame(Mac one, Mac other) { return std::ranges::equal(one.bytes, other.bytes); }
-static bool isSame(Ipv4 one, Ipv4 other) { return std::ranges::equal(one.bytes, other.bytes); }
-
 // A report tells less than a reply, so a reply takes its place.
 void Finder::add(Found camera, const std::function<void(const Found&)>& found) {
     const auto known = std::ranges::find_if(found_, [&](const Found& other) {

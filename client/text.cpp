@@ -55,6 +55,10 @@ bool isSet(Ipv4 address) {
     return std::any_of(std::begin(address.bytes), std::end(address.bytes), [](uint8_t octet) { return octet != 0; });
 }
 
+bool isSame(Ipv4 one, Ipv4 other) { return std::ranges::equal(one.bytes, other.bytes); }
+
+bool isSame(Mac one, Mac other) { return std::ranges::equal(one.bytes, other.bytes); }
+
 static uint32_t numberOf(Ipv4 address) {
     const uint8_t* b = address.bytes;
     return uint32_t{b[0]} << 24 | uint32_t{b[1]} << 16 | uint32_t{b[2]} << 8 | b[3];

@@ -23,6 +23,8 @@ std::string addressText(Ipv4 address);                    // "192.0.2.10"
 std::optional<Ipv4> parseAddress(std::string_view text);  // four decimal numbers without leading zeros
 
 bool isSet(Ipv4 address);  // not 0.0.0.0
+bool isSame(Ipv4 one, Ipv4 other);
+bool isSame(Mac one, Mac other);
 
 // Neither the network's own address nor its broadcast, nor one of a network that hosts have no addresses in.
 bool isHostAddress(Ipv4 address, int prefixLength);

@@ -42,7 +42,7 @@ std::vector<client::Interface> chosenInterfaces(const CommonOptions& options) {
 
 static bool goesBy(const Found& camera, const std::string& name) {
     const auto mac = client::parseMac(name);
-    if (mac) return std::ranges::equal(mac->bytes, camera.camera.mac.bytes);
+    if (mac) return client::isSame(*mac, camera.camera.mac);
     return client::addressText(camera.camera.address) == name || camera.camera.name == name;
 }
 

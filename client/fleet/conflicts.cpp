@@ -6,9 +6,6 @@
 
 namespace client {
 
-static bool isSame(Ipv4 one, Ipv4 other) { return std::ranges::equal(one.bytes, other.bytes); }
-static bool isSame(Mac one, Mac other) { return std::ranges::equal(one.bytes, other.bytes); }
-
 bool PlannedCamera::isMoved() const {
     const Camera& wanted = plan.wanted.camera;
     return !wanted.dhcp && !isSame(wanted.address, plan.state.camera.address);

@@ -81,7 +81,7 @@ std::chrono::seconds Session::sendGroup(Group group, const GroupRequest& request
 
 // A camera may answer once more from its old address before it moves.
 static bool isWhereWanted(const Camera& camera, const Camera& wanted) {
-    return wanted.dhcp || std::ranges::equal(camera.address.bytes, wanted.address.bytes);
+    return wanted.dhcp || isSame(camera.address, wanted.address);
 }
 
 // Where only its reports reach this machine, the next of them is the proof, and it may take its time.
@@ -211,7 +211,7 @@ void Session::askAlert() {
 std::optional<Found> Session::findNow(const IsBack& isBack) try {
     const auto isIt = [&](const Found& one) {
         const bool isAll = one.answered || !one.isNear;  // a report of a camera nearby comes before its answer
-        return isAll && std::ranges::equal(one.camera.mac.bytes, target().mac.bytes) && isBack(one.camera);
+        return isAll && isSame(one.camera.mac, target().mac) && isBack(one.camera);
     };
     Search search{{target().interface}, conversation_.family(), std::chrono::seconds(1), 0, isIt};
     search.only = target().mac;

@@ -7,6 +7,7 @@
 #include <iostream>
 #include <memory>
 
+#include "client/text.h"
 #include "qvpctl/commands.h"
 #include "qvpctl/fleet/change_run.h"
 #include "qvpctl/fleet/crew.h"
@@ -111,7 +112,8 @@ private:
     // They came as the cameras were done.
     void sortAsIn(const std::vector<Reading>& file) {
         const auto place = [&](const Outcome& one) {
-            return std::ranges::find(file, one.mac, [](const Reading& row) { return row.camera->mac; }) - file.begin();
+            return std::ranges::find_if(file,
+                                        [&](const Reading& row) { return client::isSame(row.camera->mac, one.mac); });
         };
         std::ranges::sort(outcomes_, {}, place);
     }

@@ -75,7 +75,7 @@ static void print(const char* direction, Ipv4 address, std::span<const uint8_t> 
 
 static bool isFrom(const client::Incoming& incoming, Mac mac) {
     if (incoming.bytes.size() < sizeof(PacketHeader)) return false;
-    return std::ranges::equal(client::layoutOf<PacketHeader>(incoming.bytes).mac.bytes, mac.bytes);
+    return client::isSame(client::layoutOf<PacketHeader>(incoming.bytes).mac, mac);
 }
 
 static void send(client::UdpLink& link, const client::Found& found, std::span<const uint8_t> request) {

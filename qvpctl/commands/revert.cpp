@@ -79,7 +79,7 @@ static std::vector<client::FileCamera> camerasOf(const JournalContent& content) 
 static const Found* foundOf(const std::vector<Found>& found, Mac mac) {
     const Found* best = nullptr;
     for (const Found& one : found) {
-        const bool isIt = std::ranges::equal(one.camera.mac.bytes, mac.bytes);
+        const bool isIt = client::isSame(one.camera.mac, mac);
         if (isIt && (best == nullptr || (one.answered && !best->answered))) best = &one;
     }
     return best;

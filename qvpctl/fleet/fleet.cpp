@@ -92,13 +92,11 @@ CameraFile loadCameraFile(const std::string& path) {
     return file;
 }
 
-static bool isSame(Mac one, Mac other) { return std::ranges::equal(one.bytes, other.bytes); }
-
 // One heard twice is taken as it answered.
 static std::optional<Found> foundOf(const std::vector<Found>& found, Mac mac) {
     std::optional<Found> best;
     for (const Found& one : found) {
-        if (isSame(one.camera.mac, mac) && (!best || (one.answered && !best->answered))) best = one;
+        if (client::isSame(one.camera.mac, mac) && (!best || (one.answered && !best->answered))) best = one;
     }
     return best;
 }
@@ -127,7 +125,8 @@ std::vector<Found> callRoll(const CommonOptions& common, int stop, std::span<con
     say(std::to_string(missing.size()) + (missing.size() == 1 ? " camera has" : " cameras have") +
         " not answered; listening for presence reports, for up to " + std::to_string(kReportInterval.count()) + " s");
     const auto isLast = [&missing](const Found& one) {
-        if (one.answered || !one.isNear) std::erase_if(missing, [&](Mac mac) { return isSame(mac, one.camera.mac); });
+        if (one.answered || !one.isNear)
+            std::erase_if(missing, [&](Mac mac) { return client::isSame(mac, one.camera.mac); });
         return missing.empty();
     };
     for (const Found& one : search(link, common, kReportInterval, isLast)) found.push_back(one);
