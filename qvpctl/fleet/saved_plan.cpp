@@ -41,7 +41,7 @@ std::optional<SavedPlan> SavedPlan::load(const std::string& path) {
         SavedPlan plan;
         plan.file_ = record.at("file").get<std::string>();
         plan.digest_ = record.at("digest").get<std::string>();
-        plan.cameras_ = record.at("cameras");
+        plan.cameras_ = record.at("cameras").get<std::map<std::string, Record>>();
         return plan;
     } catch (const Record::exception&) {
         throw Error(ErrorKind::BadValue, printable(path) + " is a plan that is damaged");
@@ -61,7 +61,7 @@ std::string SavedPlan::objectionTo(const Reading& reading) const {
     for (const Record& change : changesOf(reading.plan->changes)) {
         // As text: bytes of a camera that are not UTF-8 were written as something else.
         const auto isIt = [&](const Record& one) { return jsonLine(one) == jsonLine(change); };
-        if (std::ranges::any_of(*planned, isIt)) continue;
+        if (std::ranges::any_of(planned->second, isIt)) continue;
         keys += (keys.empty() ? "" : ", ") + change.at("key").get<std::string>();
     }
     return keys.empty() ? "" : "it has changed since the plan was made: " + keys;

@@ -1,6 +1,7 @@
 // A plan on disk, bound to what was seen when it was made. No secret stands in it.
 #pragma once
 
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -24,5 +25,5 @@ public:
 
 private:
     std::string file_, digest_;
-    Record cameras_;  // by MAC, the changes of each
+    std::map<std::string, Record> cameras_;  // by MAC, the changes of each
 };
