@@ -13,8 +13,8 @@ DAEMON = """
     lib/systemd/system/qvp@.service lib/sysusers.d/qvp.conf lib/tmpfiles.d/qvp.conf libexec/qvp/remove-stale-pid-file sbin/qvp
     share/doc/qvp/examples/camera.ini share/doc/qvp/examples/qvp.init share/doc/qvp/examples/wireless.conf
     share/man/man3/qvp-platform.3 share/man/man8/qvp.8"""
-COMMANDS = """alert commit completion discover factory-reset get help open passwd raw reboot scan set show supported verify
-    watch"""
+COMMANDS = """alert apply commit completion diff discover export factory-reset get help open passwd plan raw reboot revert scan set show
+    supported verify watch"""
 TOOL = """
     bin/qvpctl share/bash-completion/completions/qvpctl share/fish/vendor_completions.d/qvpctl.fish share/man/man1/qvpctl.1
     share/qvpctl/qvpctl.schema.json share/zsh/site-functions/_qvpctl """ + " ".join(f"share/man/man1/qvpctl-{command}.1" for command in COMMANDS.split())
