@@ -125,8 +125,8 @@ std::vector<Found> callRoll(const CommonOptions& common, int stop, std::span<con
     say(std::to_string(missing.size()) + (missing.size() == 1 ? " camera has" : " cameras have") +
         " not answered; listening for presence reports, for up to " + std::to_string(kReportInterval.count()) + " s");
     const auto isLast = [&missing](const Found& one) {
-        if (one.answered || !one.isNear)
-            std::erase_if(missing, [&](Mac mac) { return client::isSame(mac, one.camera.mac); });
+        const auto isIt = [&one](Mac mac) { return client::isSame(mac, one.camera.mac); };
+        if (one.answered || !one.isNear) std::erase_if(missing, isIt);
         return missing.empty();
     };
     for (const Found& one : search(link, common, kReportInterval, isLast)) found.push_back(one);
