@@ -95,4 +95,4 @@ def test_only_the_manual_has_pages_of_commands():
 
 def test_the_pages_of_the_manual_are_completed():
     result = subprocess.run([TOOL, "__complete", "words", "help", "manual", "re"], capture_output=True, timeout=PATIENCE, check=True)
-    assert result.stdout == b"reboot\n"
+    assert result.stdout == b"revert\nreboot\n"
