@@ -70,13 +70,17 @@ private:
         for (const Found& other : found_) {
             const bool isItself = isSame(other.camera.mac, moved.plan.found.camera.mac);
             if (isItself || !isSame(other.camera.address, moved.plan.wanted.camera.address)) continue;
-            const PlannedCamera* planned = plannedOf(other.camera.mac);
-            const bool isLeaving = planned != nullptr && planned->isMoved();
-            fault(moved, "is that of camera " + macText(other.camera.mac) +
-                             (isLeaving ? " until that is moved: do that first, with a file of its own" : ""));
+            fault(moved, "is that of camera " + macText(other.camera.mac) + wayOut(moved, plannedOf(other.camera.mac)));
             return false;
         }
         return true;
+    }
+
+    static std::string wayOut(const PlannedCamera& moved, const PlannedCamera* other) {
+        if (other == nullptr || !other->isMoved()) return "";
+        const bool isSwap = isSame(other->plan.wanted.camera.address, moved.plan.state.camera.address);
+        return isSwap ? ", which is to get its own: first give one of them a free address, with a file of its own"
+                      : " until that is moved: do that first, with a file of its own";
     }
 
     // Who answered may be a camera that was asked a moment ago where it no longer is.

@@ -124,12 +124,16 @@ std::vector<Found> callRoll(const CommonOptions& common, int stop, std::span<con
     if (missing.empty()) return found;
     say(std::to_string(missing.size()) + (missing.size() == 1 ? " camera has" : " cameras have") +
         " not answered; listening for presence reports, for up to " + std::to_string(kReportInterval.count()) + " s");
-    const auto isLast = [&missing](const Found& one) {
+    bool isSilent = false;
+    const auto isLast = [&](const Found& one) {
         const auto isIt = [&one](Mac mac) { return client::isSame(mac, one.camera.mac); };
-        if (one.answered || !one.isNear) std::erase_if(missing, isIt);
+        isSilent |= std::erase_if(missing, isIt) > 0 && !one.answered && one.isNear;
         return missing.empty();
     };
     for (const Found& one : search(link, common, kReportInterval, isLast)) found.push_back(one);
+    if (!isSilent) return found;
+    // A report comes whenever it comes: a camera nearby may have come up since it was asked.
+    for (const Found& one : search(link, common, common.wait(), nullptr)) found.push_back(one);
     return found;
 }
 
