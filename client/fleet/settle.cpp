@@ -139,12 +139,14 @@ private:
 
     FileCamera settleOne(size_t index) {
         FileCamera camera = file_.cameras[index];
-        std::string doubt;  // why it is not known which address it gets, and so which the next one gets
+        bool isOpen = true;  // it may get its address here
+        std::string doubt;   // why it is not known which address it gets, and so which the next one gets
         for (const Level& level : levels_) {
             const Membership membership = membershipOf(index, level.group);
             if (membership.member == Member::No) continue;
             populated_.insert(level.group);
-            const bool isOpen = findAssignment(camera, "ipv4.address") == nullptr && !Displaced(camera).isAddress();
+            if (doubt.empty())
+                isOpen = findAssignment(camera, "ipv4.address") == nullptr && !Displaced(camera).isAddress();
             if (membership.member == Member::Unknown) {
                 doubt =
                     isOpen && decidesAddress(*level.settings) && doubt.empty() ? doubtOf(camera, membership) : doubt;
@@ -163,7 +165,7 @@ private:
 
     static void leaveOpen(const Membership& membership, FileCamera& camera) {
         if (camera.unsettled) return;
-        camera.unsettled = Error(ErrorKind::NotFound, "its groups are not known while it does not answer; give it " +
+        camera.unsettled = Error(ErrorKind::NotFound, "its groups are not known while it is not heard; give it " +
                                                           membership.lacks + " in its row");
     }
 
@@ -209,9 +211,9 @@ private:
         const auto isHere = [&](uint32_t address) { return level.range->contains(address); };
         const size_t free = level.range->size() - static_cast<size_t>(std::ranges::count_if(taken_, isHere));
         if (pool.wanted <= free) return;
-        settled_.faults.push_back({level.rangePlace, "ipv4.address " + level.range->text() + " has " +
-                                                         std::to_string(free) + " free addresses for " +
-                                                         std::to_string(pool.wanted) + " cameras"});
+        settled_.faults.push_back({level.rangePlace, "ipv4.address " + level.range->text() + " has room for " +
+                                                         std::to_string(free) + " of " + std::to_string(pool.wanted) +
+                                                         " cameras"});
     }
 
     const CameraFile& file_;

@@ -10,14 +10,14 @@
 
 namespace client {
 
-// What a camera tells of itself; nothing of what it has not told.
+// What a camera tells of itself, in its answers and in its reports; nothing of one that was not heard.
 struct Seen {
     std::optional<std::string> name, product;
 };
 
 struct Settled {
     // In the order of the file. One whose groups or whose address cannot be known is unsettled: with NotFound when it
-    // is the camera itself that has not answered, and with Ambiguous when it is another.
+    // is the camera itself that was not heard, and with Ambiguous when it is another.
     std::vector<FileCamera> cameras;
     std::vector<Fault> faults;  // ranges that are too small
     std::vector<Fault> notes;   // groups that nobody is in

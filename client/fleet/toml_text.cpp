@@ -67,6 +67,8 @@ static Place placeOf(const toml::source_region& region) { return {region.begin.l
 
 // Whatever the parser quotes may be a part of a secret, but for what it expected.
 static std::string withoutQuotes(std::string_view description) {
+    constexpr std::string_view kOpening = "Error while parsing ";
+    if (description.starts_with(kOpening)) description.remove_prefix(kOpening.size());
     description = description.substr(0, description.find(", saw"));
     std::string text;
     while (!description.empty()) {

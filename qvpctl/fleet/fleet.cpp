@@ -100,10 +100,9 @@ Reading Fleet::readOne(const FileCamera& camera) const {
     return reading;
 }
 
-// Of one that is only heard, its name is known, and its product is not.
 static client::Seen seenOf(const std::optional<Found>& found) {
     if (!found) return {};
-    return {found->camera.name, found->answered ? std::optional(found->camera.product) : std::nullopt};
+    return {found->camera.name, found->camera.product};
 }
 
 void Fleet::read() {
