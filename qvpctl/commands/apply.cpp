@@ -23,6 +23,7 @@ using client::ErrorKind;
 
 static const char kExamples[] =
     "  qvpctl apply site.csv                 the first camera, and when that is well, the others\n"
+    "  qvpctl apply site.toml                a policy: groups, ranges of addresses, and settings for all\n"
     "  qvpctl apply site.csv --parallel 32   many at a time: most of it is waiting for cameras\n"
     "  qvpctl apply monday                   what 'qvpctl plan site.csv -o monday' has shown, and nothing else\n"
     "  qvpctl apply site.csv --resume        go on after a run that was cut off\n"

@@ -42,11 +42,14 @@ public:
     }
 
 private:
-    client::Secret read(const std::string& key, const std::string& source) {
+    client::Secret read(const std::string& key, const std::string& source) try {
         const auto name = std::pair(key, source);
         const auto known = known_.find(name);
         if (known != known_.end()) return known->second;
         return known_[name] = readSecret(key, source);
+    } catch (const Error& error) {
+        const std::string what = error.what();
+        throw Error(error.kind(), what.starts_with(key) ? what : key + ": " + what);
     }
 
     static std::string sourceOf(const std::string& reference, const fs::path& folder) {

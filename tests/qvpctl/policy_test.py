@@ -108,8 +108,8 @@ def test_faults_of_both_files_are_told_at_once(tmp_path):
     assert form.error["message"] in plain.err and MARK not in plain.err + form.err
     first, *lines = form.error["message"].splitlines()
     assert first == f"nothing is sent: {file} has 5 faults"
-    places = [f"{file}:3: column 6: there is", f"{file}:4: column 12: password is a secret", f"{file}:8: column 14: there is no",
-              f"{table}:2: column 2: wifi.key is a secret", f"{table}:3: column 2: cannot read {table.removesuffix('site.csv')}missing"]
+    places = [f"{file}:3: column 6: there is", f"{file}:4: column 12: password is a secret", f"{file}:8: column 10: wifi.key: there is no",
+              f"{table}:2: column 2: wifi.key is a secret", f"{table}:3: column 2: wifi.key: cannot read {table.removesuffix('site.csv')}missing"]
     assert all(line.strip().startswith(place) for line, place in zip(lines, places, strict=True)), lines
     policy(tmp_path, "[defaults]\npassword = " + MARK + "\n")
     broken = run(PLAIN, "apply", file, status=2)
