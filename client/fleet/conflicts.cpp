@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "client/fleet/camera_check.h"
 #include "client/text.h"
 
 namespace client {
@@ -46,9 +47,8 @@ private:
     }
 
     void fault(const PlannedCamera& moved, const std::string& what) {
-        const std::string key = "ipv4.address";
-        faults_.push_back(
-            {placeOf(*moved.camera, key), key + " " + addressText(moved.plan.wanted.camera.address) + " " + what});
+        const std::string address = addressText(moved.plan.wanted.camera.address);
+        faults_.push_back(faultOn(*moved.camera, "ipv4.address " + address + " " + what));
     }
 
     bool checkNetwork(const PlannedCamera& moved) {
