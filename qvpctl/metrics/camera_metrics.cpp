@@ -42,7 +42,7 @@ static std::string labelText(const std::string& bytes) {
     return result;
 }
 
-static std::string labelsOf(const Presence& report) {
+static std::string infoOf(const Presence& report) {
     return ",name=\"" + labelText(report.name) + "\",product=\"" + labelText(report.product) + "\",firmware=\"" +
            labelText(report.firmware) + "\",hardware=\"" + labelText(report.hardware) + "\",address=\"" +
            addressText(report.address) + "\"";
@@ -63,7 +63,7 @@ void CameraMetrics::add(const Presence& report, unsigned interfaceIndex, time_t 
         return;
     }
     if (found == cameras_.end()) {
-        const CameraHistory first{"", report.sequence, interfaceIndex, report.address, arrival, 0, 0, 0};
+        const CameraHistory first{"", report.sequence, interfaceIndex, report.address};
         found = cameras_.emplace(mac, first).first;
     } else if (isRestart(found->second, report, interfaceIndex)) {
         found->second.restarts++;
@@ -71,8 +71,8 @@ void CameraMetrics::add(const Presence& report, unsigned interfaceIndex, time_t 
     CameraHistory& camera = found->second;
     if (report.sequence != camera.sequence) camera.interfaceIndex = interfaceIndex;
     camera.sequence = report.sequence;
-    camera.labels = labelsOf(report);
-    camera.lastReport = arrival;
+    camera.info = infoOf(report);
+    camera.lastReport = static_cast<uint64_t>(arrival);
     camera.reports++;
     takeAddress(camera, report.address);
 }
@@ -86,44 +86,40 @@ struct Metric {
 static constexpr Metric kCameras = {"qvp_cameras", "gauge", "Cameras heard since the start."};
 static constexpr Metric kIgnored = {"qvp_reports_ignored_total", "counter",
                                     "Reports of cameras that are not kept, as there are too many."};
-
-struct CameraMetric {
-    Metric metric;
-    uint64_t (*value)(const CameraHistory& camera);
-    bool isInfo = false;
-};
-
-static const CameraMetric kOfEach[] = {
-    {{"qvp_camera_info", "gauge", "What the camera's last report tells."},
-     [](const CameraHistory&) { return uint64_t{1}; },
-     true},
-    {{"qvp_camera_last_report_timestamp_seconds", "gauge", "When the camera's last report came, in Unix time."},
-     [](const CameraHistory& camera) { return static_cast<uint64_t>(camera.lastReport); }},
-    {{"qvp_camera_reports_total", "counter", "Reports of the camera."},
-     [](const CameraHistory& camera) { return camera.reports; }                                         },
-    {{"qvp_camera_restarts_total", "counter", "How often the camera's count of its reports began anew."},
-     [](const CameraHistory& camera) { return camera.restarts; }},
-    {{"qvp_camera_address_changes_total", "counter", "How often the camera had another address than before."},
-     [](const CameraHistory& camera) { return camera.addressChanges; }                                    },
-};
+static constexpr Metric kInfo = {"qvp_camera_info", "gauge", "What the camera's last report tells."};
+static constexpr Metric kLastReport = {"qvp_camera_last_report_timestamp_seconds", "gauge",
+                                       "When the camera's last report came, in Unix time."};
+static constexpr Metric kReports = {"qvp_camera_reports_total", "counter", "Reports of the camera."};
+static constexpr Metric kRestarts = {"qvp_camera_restarts_total", "counter",
+                                     "How often the camera's count of its reports began anew."};
+static constexpr Metric kAddressChanges = {"qvp_camera_address_changes_total", "counter",
+                                           "How often the camera had another address than before."};
 
 static std::string headOf(const Metric& metric) {
     const std::string name = metric.name;
     return "# HELP " + name + " " + metric.help + "\n# TYPE " + name + " " + metric.type + "\n";
 }
 
-static std::string lineOf(const Metric& metric, uint64_t value) {
-    return headOf(metric) + metric.name + " " + std::to_string(value) + "\n";
+static std::string sampleOf(const Metric& metric, const std::string& labels, uint64_t value) {
+    return metric.name + labels + " " + std::to_string(value) + "\n";
+}
+
+static std::string labelsOf(const std::string& mac, const std::string& more) {
+    return "{mac=\"" + mac + "\"" + more + "}";
 }
 
 std::string CameraMetrics::text() const {
-    std::string text = lineOf(kCameras, cameras_.size()) + lineOf(kIgnored, ignored_);
-    for (const CameraMetric& one : kOfEach) {
-        text += headOf(one.metric);
-        for (const auto& [mac, camera] : cameras_) {
-            const std::string more = one.isInfo ? camera.labels : "";
-            text += one.metric.name + ("{mac=\"" + mac) + "\"" + more + "} " + std::to_string(one.value(camera)) + "\n";
-        }
-    }
+    std::string text = headOf(kCameras) + sampleOf(kCameras, "", cameras_.size());
+    text += headOf(kIgnored) + sampleOf(kIgnored, "", ignored_);
+    text += headOf(kInfo);
+    for (const auto& [mac, camera] : cameras_) text += sampleOf(kInfo, labelsOf(mac, camera.info), 1);
+    const auto add = [&](const Metric& metric, uint64_t CameraHistory::*value) {
+        text += headOf(metric);
+        for (const auto& [mac, camera] : cameras_) text += sampleOf(metric, labelsOf(mac, ""), camera.*value);
+    };
+    add(kLastReport, &CameraHistory::lastReport);
+    add(kReports, &CameraHistory::reports);
+    add(kRestarts, &CameraHistory::restarts);
+    add(kAddressChanges, &CameraHistory::addressChanges);
     return text;
 }

@@ -10,14 +10,14 @@
 
 // What is kept of one camera.
 struct CameraHistory {
-    std::string labels;       // of its info, fit for the file
+    std::string info;         // the labels of its info behind the first one
     uint16_t sequence;        // of the last report
     unsigned interfaceIndex;  // that brought this sequence first
     Ipv4 address;             // the last one it had
-    time_t lastReport;
-    uint64_t reports;
-    uint64_t restarts;
-    uint64_t addressChanges;
+    uint64_t lastReport = 0;  // seconds of Unix time
+    uint64_t reports = 0;
+    uint64_t restarts = 0;
+    uint64_t addressChanges = 0;
 };
 
 class CameraMetrics {
