@@ -69,6 +69,7 @@ TEST_F(MetricsFileTest, IsWrittenAtMostOnceASecond) {
     file_->keepUp(kStart + 1s);
     EXPECT_EQ(cameras(), "1");
     EXPECT_THAT(folder_.names(), ElementsAre("qvp.prom"));
+    EXPECT_EQ(file_->due(), kStart + 31s);
     hear();
     EXPECT_EQ(file_->due(), kStart + 2s);
 }
@@ -135,6 +136,7 @@ TEST_F(MetricsFileTest, ThatItCannotBeWrittenIsSaidOnceUntilItCan) {
         fs::remove(path_);
         EXPECT_EQ(keepUp(now + 3s), "qvpctl: " + path_ + " is written again\n");
         EXPECT_EQ(cameras(), "1");
+        hear();
         EXPECT_EQ(keepUp(now + 5s), "");
     }
 }

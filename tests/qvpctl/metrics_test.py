@@ -61,11 +61,14 @@ class Watch:
     def wait_for(self, camera, name, value):
         wait_until(lambda: self.of(camera, name) == value, f"{name} to be {value}")
 
-    def hear_again(self, camera):
-        """A report that does not wait for its time."""
+    def wait_for_info(self, camera, name, text):
+        wait_until(lambda: (self.info(camera) or {}).get(name) == text, f"{name} to be {text!r}")
+
+    def wait_for_report(self, camera):
+        """One more than those so far; on a slow machine there may be others, as their time has come."""
         before = self.of(camera, "reports_total") or 0
         camera.signal(signal.SIGALRM)
-        self.wait_for(camera, "reports_total", before + 1)
+        wait_until(lambda: (self.of(camera, "reports_total") or 0) > before, "a report")
 
     def stop(self, number=signal.SIGTERM):
         self.process.send_signal(number)
@@ -92,44 +95,44 @@ def test_cameras_appear(lan, watch):
             "mac": mac(camera), "name": f"Camera {camera.number}", "product": stored["Product"],
             "firmware": f"1.{camera.number:02}", "hardware": stored["HWVersion"], "address": camera.address}
         assert begin <= watch.of(camera, "last_report_timestamp_seconds") <= time.time()
-        assert (watch.of(camera, "reports_total"), watch.of(camera, "restarts_total")) == (1, 0)
-        assert watch.of(camera, "address_changes_total") == 0
+        assert watch.of(camera, "reports_total") >= 1
+        assert (watch.of(camera, "restarts_total"), watch.of(camera, "address_changes_total")) == (0, 0)
     assert watch.metrics()["qvp_reports_ignored_total"] == [({}, 0)]
 
 
 def test_it_prints_as_without_and_takes_its_file_away(camera, watch):
-    watch.hear_again(camera)
+    watch.wait_for_report(camera)
     assert watch.stop() == (0, b"")
     assert list(watch.folder.iterdir()) == []
     records, _ = check_output("watch", watch.printed.read_text(), "")
-    assert [record["mac"] for record in records] == [mac(camera)]
+    assert {record["mac"] for record in records} == {mac(camera)}
 
 
 def test_a_daemon_that_starts_again(lan, watch):
     camera = living(lan.camera("--reboot-delay", "0.5"))
-    watch.wait_for(camera, "reports_total", 1)
-    watch.hear_again(camera)
+    wait_until(lambda: watch.info(camera), "its first report")
+    watch.wait_for_report(camera)
     assert watch.of(camera, "restarts_total") == 0
-    for restarts in (1, 2):  # the second one before its next report
+    for restarts in (1, 2):  # the second one in less time than a camera takes from report to report
         run(PLAIN, "reboot", mac(camera), "--no-wait")
         watch.wait_for(camera, "restarts_total", restarts)
-    assert watch.of(camera, "reports_total") == 4
+    assert watch.of(camera, "reports_total") >= 4
 
 
 def test_another_address(camera, watch):
-    watch.hear_again(camera)
+    watch.wait_for_report(camera)
     run(PLAIN, "set", mac(camera), f"ipv4.address=198.18.44.{camera.number}/15")
-    watch.hear_again(camera)
-    watch.wait_for(camera, "address_changes_total", 1)
-    assert watch.info(camera)["address"] == f"198.18.44.{camera.number}"
+    camera.signal(signal.SIGALRM)
+    watch.wait_for_info(camera, "address", f"198.18.44.{camera.number}")
+    assert watch.of(camera, "address_changes_total") == 1
     assert watch.of(camera, "restarts_total") == 0
 
 
 def test_another_firmware(camera, watch):
-    watch.hear_again(camera)
+    watch.wait_for_report(camera)
     camera.change_store("System", "FirmwareVersion", b"99")
-    watch.hear_again(camera)
-    assert watch.info(camera)["firmware"] == "1.99"
+    camera.signal(signal.SIGALRM)
+    watch.wait_for_info(camera, "firmware", "1.99")
 
 
 @pytest.mark.parametrize("stored, label", [
@@ -139,7 +142,7 @@ def test_another_firmware(camera, watch):
 ])
 def test_a_hostile_name(camera, watch, stored, label):
     camera.change_store("CAMSYSTEM", "CameraName", stored)
-    watch.hear_again(camera)
+    watch.wait_for_report(camera)
     assert watch.info(camera)["name"] == label
     assert watch.metrics()["qvp_cameras"] == [({}, 1)]
 
@@ -158,9 +161,9 @@ def test_killed_while_it_writes_it_leaves_the_file_of_before(camera, tmp_path, c
 
 
 def test_killed_it_leaves_a_whole_file(camera, watch):
-    watch.hear_again(camera)
+    watch.wait_for_report(camera)
     assert watch.stop(signal.SIGKILL)[0] == -signal.SIGKILL
-    assert watch.of(camera, "reports_total") == 1
+    assert watch.of(camera, "reports_total") >= 1
 
 
 def test_a_file_that_cannot_be_written(tmp_path):
