@@ -17,7 +17,8 @@ COMMANDS = ["", "discover", "watch", "show", "get", "set", "passwd", "verify", "
 @pytest.mark.parametrize("arguments", [
     [], ["frobnicate"], ["--frobnicate"], ["discover", "extra"], ["discover", "--wait", "0"],
     ["discover", "--wait", "nan"], ["discover", "-i"], ["discover", "-i", ""], ["watch", "--count", "0"],
-    ["watch", "--count", "-1"], ["watch", "--frobnicate"], ["discover", "--expect", "0"], ["get"], ["set", "Gate"],
+    ["watch", "--count", "-1"], ["watch", "--retries", "1"], ["watch", "--wait", "1"], ["watch", "--metrics", ""],
+    ["watch", "--frobnicate"], ["discover", "--expect", "0"], ["get"], ["set", "Gate"],
     ["discover", "--retries", "-1"], ["discover", "--family", "other"], ["help", "frobnicate"],
     ["help", "manual", "frobnicate"], ["passwd", "a", "b"], ["plan"], ["apply"], ["diff"], ["export"], ["revert"],
     ["apply", "site.csv", "--parallel", "65"],
