@@ -130,12 +130,14 @@ def test_what_cameras_say_is_never_a_template(ask, here, ansible, tmp_path):
     names = [hostile, "two\nlines: {{ 1 + 1 }}", "Hof \u00fc\u4e2d\u202e\x1b[31m", "-e", "{% raw %}"]
     here.has(*(camera(number, name=name, product=name) for number, name in enumerate(names, 1)))
     options = {"keyed_groups": [{"key": "qvp_product", "prefix": "of"}], "groups": {"two": "'lines' in qvp_name"},
-               "compose": {"copy": "qvp_name", "trimmed": "qvp_name | trim", "longer": "qvp_name ~ ''"}, "strict": True}
+               "compose": {"copy": "qvp_name", "trimmed": "qvp_name | trim", "longer": "qvp_name ~ ''",
+                                                                "held": "{'in': [qvp_name ~ '']}"}, "strict": True}
     found, _ = ask(**options)
     for number, name in enumerate(names, 1):
         known = found.variables(host(number))
         assert [known[one] for one in ("qvp_name", "copy", "trimmed", "longer")] == [name] * 4
         assert all(is_data(known[one]) for one in ("qvp_name", "copy", "trimmed", "longer"))
+        assert is_data(known["held"]["in"][0])
     assert all(re.fullmatch(r"[A-Za-z0-9_]+", group) for group in found.groups())
     assert found["two"] == [host(2)]
     said = ansible.run("ansible", "-i", tmp_path / "sites.qvp.yml", "qvp_cameras", "-c", "local", "-m",

@@ -262,7 +262,5 @@ class InventoryModule(BaseInventoryPlugin, Constructable, Cacheable):
         self._set(host, {"qvp_site": site})
         strict, known = self.get_option("strict"), self.inventory.get_host(host).get_vars()
         self._set_composite_vars(self.get_option("compose"), known, host, strict=strict)
-        self._set(host, {name: wrap_var(self.inventory.get_host(host).get_vars().get(name))
-                         for name in self.get_option("compose") or {}})
         self._add_host_to_composed_groups(self.get_option("groups"), known, host, strict=strict)
         self._add_host_to_keyed_groups(self.get_option("keyed_groups"), known, host, strict=strict)

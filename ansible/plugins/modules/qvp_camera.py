@@ -122,8 +122,6 @@ code:
 import csv
 import os
 import re
-import shutil
-import tempfile
 
 from ansible_collections.qvp.cameras.plugins.module_utils.qvpctl import (
     CODES, CameraModule, Secrets, demand, one_line, run)
@@ -173,13 +171,10 @@ def write_table(folder, mac, cells):
 
 
 def ask(module, cells, secrets):
-    """The answer to the table; the journal of the run goes with it."""
-    folder = tempfile.mkdtemp(prefix="qvp-", dir=module.tmpdir)
-    words = [write_table(folder, module.params["mac"], cells)] + (["--elsewhere"] if module.params["elsewhere"] else [])
-    try:
-        return run(module, secrets, "plan" if module.check_mode else "apply", *words)
-    finally:
-        shutil.rmtree(folder, ignore_errors=True)
+    """The answer to the table, which goes with the module, and so does the journal of the run."""
+    table = write_table(module.tmpdir, module.params["mac"], cells)
+    elsewhere = ["--elsewhere"] if module.params["elsewhere"] else []
+    return run(module, secrets, "plan" if module.check_mode else "apply", table, *elsewhere)
 
 
 def refuse(module, answer):
