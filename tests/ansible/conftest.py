@@ -1,7 +1,6 @@
 """The collection, built and installed as its users do it, and Ansible with a home of its own."""
 import json
 import os
-import shutil
 import subprocess
 import sys
 from pathlib import Path
@@ -72,8 +71,3 @@ class Ansible:
 @pytest.fixture(scope="session")
 def ansible(tmp_path_factory):
     return Ansible(tmp_path_factory.mktemp("ansible")).install_collection()
-
-
-@pytest.fixture
-def no_cache(ansible):
-    shutil.rmtree(ansible.folder / "home/.cache", ignore_errors=True)
