@@ -56,18 +56,21 @@ private:
         std::vector<const TomlValue*> tables;
         const TomlEntry* entry = root.find(key);
         if (entry == nullptr) return tables;
-        if (entry->value.kind != Kind::List) {
-            fault(entry->value.place, key + " stands in double brackets: [[" + key + "]]");
-            return tables;
-        }
+        if (entry->value.kind != Kind::List) faultOfBrackets(entry->value.place, key);
         for (const TomlValue& one : entry->value.items) {
             if (one.kind == Kind::Table) {
                 tables.push_back(&one);
             } else {
-                fault(one.place, key + " stands in double brackets: [[" + key + "]]");
+                faultOfBrackets(one.place, key);
             }
         }
         return tables;
+    }
+
+    void faultOfBrackets(Place place, const std::string& key) {
+        std::string text = key;
+        text.append(" stands in double brackets: [[").append(key).append("]]");
+        fault(place, text);
     }
 
     void readDefaults(const TomlValue& value) {

@@ -18,8 +18,9 @@ bool isLike(const std::string& pattern, const std::string& text) {
 }
 
 bool isLikeMac(std::string pattern, Mac mac) {
-    for (char& letter : pattern)
-        letter = letter >= 'A' && letter <= 'F' ? static_cast<char>(letter - 'A' + 'a') : letter;
+    for (char& letter : pattern) {
+        if (letter >= 'A' && letter <= 'F') letter = static_cast<char>(letter - 'A' + 'a');
+    }
     std::string dashed = macText(mac);
     std::ranges::replace(dashed, ':', '-');
     return isLike(pattern, macText(mac)) || isLike(pattern, dashed);
@@ -74,8 +75,8 @@ struct Pool {
 class Settler {
 public:
     Settler(const CameraFile& file, std::span<const Seen> seen) : file_(file), seen_(seen) {
-        for (size_t i = file.policy.groups.size(); i-- > 0;)
-            levels_.push_back({&file.policy.groups[i].set, &file.policy.groups[i]});
+        for (const PolicyGroup& group : file.policy.groups) levels_.push_back({&group.set, &group});
+        std::ranges::reverse(levels_);
         levels_.push_back({&file.policy.defaults, nullptr});
         mayBeDhcp_ = std::ranges::any_of(levels_, [](const Level& one) { return hasMethod(*one.settings, "dhcp"); });
         for (const FileCamera& camera : file.cameras) noteOwnAddress(camera);
@@ -145,8 +146,8 @@ private:
             const Membership membership = membershipOf(index, level.group);
             if (membership.member == Member::No) continue;
             populated_.insert(level.group);
-            if (doubt.empty())
-                isOpen = findAssignment(camera, "ipv4.address") == nullptr && !Displaced(camera).isAddress();
+            const bool hasAddress = findAssignment(camera, "ipv4.address") != nullptr || Displaced(camera).isAddress();
+            if (doubt.empty()) isOpen = !hasAddress;
             if (membership.member == Member::Unknown) {
                 doubt =
                     isOpen && decidesAddress(*level.settings) && doubt.empty() ? doubtOf(camera, membership) : doubt;

@@ -36,8 +36,8 @@ private:
         const auto isSame = [&](const TomlSetting& one) { return one.assignment.setting == &setting; };
         const std::string why = faultOfKey(setting);
         if (!why.empty()) return fault(value.place, why);
-        if (std::ranges::any_of(settings, isSame))
-            return fault(value.place, setting.key + std::string(" stands twice"));
+        const bool isTwin = std::ranges::any_of(settings, isSame);
+        if (isTwin) return fault(value.place, setting.key + std::string(" stands twice"));
         try {
             settings.push_back({assignmentOf(setting, value), value.place});
         } catch (const Error& error) {

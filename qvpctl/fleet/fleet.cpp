@@ -95,7 +95,7 @@ Reading Fleet::readOne(const FileCamera& camera) const {
     Reading reading{&camera, foundOf(found_, camera.mac), {}, {}};
     try {
         if (!reading.found) throw Error(ErrorKind::NotFound, "it has neither answered nor reported");
-        if (camera.unsettled) throw *camera.unsettled;
+        if (camera.unsettled) throw Error(*camera.unsettled);
         withJob(common_, loginsFor(camera, login_), stop_,
                 [&](client::CameraJob& job) { reading.plan = job.look(*reading.found, camera.assignments); });
     } catch (const Error& error) {

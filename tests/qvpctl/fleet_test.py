@@ -82,3 +82,20 @@ def test_a_camera_of_another_network_is_brought_here(lan, tmp_path):
     assert "2 cameras have not answered; listening" in result.err
     assert discover(JSON, "--expect", "1")[mac(camera)] == ("198.18.34.1", "Gate", [])
     assert get(camera, "upnp") == "off"
+
+
+def test_a_camera_that_is_not_there_shifts_no_address(lan, tmp_path):
+    """Whether it takes one is not known from a policy that goes by the product; its row may say it."""
+    first, last = (living(camera) for camera in lan.cameras(2))
+    absent = "02:51:56:50:ff:fe"
+    site = tmp_path / "site.toml"
+    site.write_text('table = "site.csv"\n[[group]]\nproduct = "VC-*"\nset.ipv4.address = "198.18.60.1-9/15"\n')
+    write(tmp_path, "mac,product", (first, ""), (absent, ""), (last, ""))
+    records, _ = by_mac(run(JSON, "apply", str(site), status=2))
+    assert [records[key]["result"] for key in (mac(first), absent, mac(last))] == ["changed", "unreachable", "failed"]
+    assert records[mac(last)]["reason"] == (f"which address of 198.18.60.1-9/15 it gets depends on camera {absent}, whose "
+                                            "groups are not known: give that one a product in its row")
+    write(tmp_path, "mac,product", (first, ""), (absent, "VC-1000"), (last, ""))
+    records, _ = by_mac(run(JSON, "apply", str(site), status=1))
+    assert [records[mac(camera)]["result"] for camera in (first, last)] == ["unchanged", "changed"]
+    assert (get(first, "ipv4.address"), get(last, "ipv4.address")) == ("198.18.60.1/15", "198.18.60.3/15")

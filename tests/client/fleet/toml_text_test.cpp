@@ -82,6 +82,13 @@ TEST(Toml, DeepNestingIsRefused) {
               "");
 }
 
+TEST(Toml, TheDeepestThatIsTakenIsGivenBack) {
+    constexpr size_t kDepth = 250;
+    const Toml toml = parseToml("a = " + repeated("{a.a.a.a.a.a.a.a.a = ", kDepth) + "1" + repeated("}", kDepth));
+    EXPECT_THAT(toml.faults, IsEmpty());
+    EXPECT_EQ(toml.root.entries.size(), 1u);
+}
+
 TEST(Toml, WhatIsNoTextIsRefused) {
     EXPECT_THAT(tomlFault(std::string("a = 1\nb = \"x\0y\"\n", 16)), HasSubstr("2:"));
     EXPECT_THAT(tomlFault(std::string("\0\0\0\0", 4)), HasSubstr("1:"));
