@@ -85,7 +85,7 @@ def test_each_command_has_a_page_of_the_manual(command):
     sections = re.findall(r"^\.SH (.*)", page, re.M)
     assert sections[:4] == ["NAME", "SYNOPSIS", "DESCRIPTION", "OPTIONS"]
     assert ("SETTINGS" in sections) == (command in ("get", "set"))
-    assert ("SECRETS" in sections) == (command in ("set", "passwd"))
+    assert ("SECRETS" in sections) == (command in ("set", "passwd", "revert"))
 
 
 def test_only_the_manual_has_pages_of_commands():
