@@ -93,13 +93,13 @@ std::vector<Fault> findTwins(const CameraFile& file) {
         const std::string mac = macText(camera.mac), address = addressIn(camera);
         const auto [other, isNew] = macs.try_emplace(mac, camera.place);
         if (isMac && !isNew) {
-            const std::string where = " stands in " + lineOf(file, other->second, camera.place);
-            faults.push_back({camera.place, "mac " + mac + where + " already"});
+            const std::string where = " stands in " + lineOf(file, other->second, camera.place) + " already";
+            faults.push_back({camera.place, "mac " + mac + where});
         }
         const auto [holder, isFree] = addresses.try_emplace(address, camera.place);
         if (!address.empty() && !isFree) {
-            const std::string where = " is given to " + lineOf(file, holder->second, camera.place);
-            faults.push_back({placeOf(camera, "ipv4.address"), "ipv4.address " + address + where + " already"});
+            const std::string where = " is given to " + lineOf(file, holder->second, camera.place) + " already";
+            faults.push_back({placeOf(camera, "ipv4.address"), "ipv4.address " + address + where});
         }
     }
     return faults;

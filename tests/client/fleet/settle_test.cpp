@@ -118,6 +118,14 @@ TEST(Settle, DoubtIsOfAddressesOnly) {
     EXPECT_THAT(settled(under, {"", ""}, {kAbsent, kTwo}).back(), testing::StartsWith("! which address"));
 }
 
+TEST(Settle, OnePatternThatDoesNotFitIsEnough) {
+    const std::string policy = "[[group]]\nproduct = 'VC-2*'\nname = 'Yard'\nset.upnp = true\n";
+    EXPECT_THAT(settled(policy, {"product = 'VC-1000'", "name = 'Gate'"}), ElementsAre("", "name=Gate"));
+    EXPECT_THAT(settled(policy, {"product = 'VC-2000'", "name = 'Yard'", ""}),
+                ElementsAre(testing::EndsWith("a name in its row"), testing::EndsWith("a product in its row"),
+                            testing::EndsWith("a product and a name in its row")));
+}
+
 TEST(Settle, AGroupThatNobodyIsInIsNoted) {
     const CameraFile file = readPolicy(policyOf(kByProduct, {""}));
     EXPECT_THAT(wordsOf(settle(file, std::vector<Seen>{kThree}).notes), ElementsAre("1:1 no camera is in this group"));

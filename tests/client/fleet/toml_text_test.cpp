@@ -78,7 +78,7 @@ TEST(Toml, DeepNestingIsRefused) {
     EXPECT_THAT(tomlFault("# '\na" + repeated(" . \"\\\"\"", kDeep) + " = 1"), HasSubstr("too many parts"));
     EXPECT_THAT(tomlFault("b = '''\n''\n'''\na" + repeated(".a", kDeep) + " = 1"), HasSubstr("too many parts"));
     EXPECT_EQ(tomlFault("a = \"" + repeated(".", kDeep) + "\"\nb = '''" + repeated(".\n", 9) + "''' # " +
-                        repeated(".", 9) + "\nc = \"\"\"\n.........\"\"\""),
+                        repeated(".", 9) + "\nd = \"\\\".........\"\nc = \"\"\"\n.........\"\"\""),
               "");
 }
 
