@@ -25,6 +25,7 @@
 #include "system/signal_window.h"
 #include "system/standard_descriptors.h"
 #include "system/trace.h"
+#include "system/trace_output.h"
 #include "upgrade/download_state.h"
 
 static constexpr useconds_t kDrainMicroseconds = 200;
@@ -146,6 +147,7 @@ int main(int argc, char* argv[]) {
     if (tellAbout(argv[1])) return 0;
     const char* interfaceName = argv[1];
     openStandardDescriptors();
+    openTraceOutput();
     blockSignals();
     if (takePidFile(interfaceName) != 0) return -1;
     memset(&g_stDownThread, 0, sizeof g_stDownThread);
