@@ -5,8 +5,6 @@
 #include <stdio.h>
 #include <unistd.h>
 
-static unsigned g_uDropped;
-
 // What has room takes a line of this length: a pipe has a page free then.
 static bool hasRoom() {
     pollfd output = {STDERR_FILENO, POLLOUT, 0};
@@ -14,8 +12,9 @@ static bool hasRoom() {
 }
 
 void complain(const char* format, ...) {
+    static unsigned dropped;
     if (!hasRoom()) {
-        g_uDropped++;
+        dropped++;
         return;
     }
     char text[512];
@@ -23,8 +22,8 @@ void complain(const char* format, ...) {
     va_start(arguments, format);
     vsnprintf(text, sizeof text, format, arguments);
     va_end(arguments);
-    if (g_uDropped != 0)
-        dprintf(STDERR_FILENO, "qvp platform: complaints dropped because nobody took them: %u\n", g_uDropped);
-    g_uDropped = 0;
+    if (dropped != 0)
+        dprintf(STDERR_FILENO, "qvp platform: complaints dropped because nobody took them: %u\n", dropped);
+    dropped = 0;
     dprintf(STDERR_FILENO, "qvp platform: %s\n", text);
 }
