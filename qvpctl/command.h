@@ -12,8 +12,9 @@ struct Subcommand {
     const char* name;
     const char* summary;   // one line
     const char* examples;  // shown first in its help; lines indented by two blanks
-    // The options live as long as the work that is returned; those that every command has are there already.
+    // The options live as long as the work that is returned; the common ones are added behind them.
     Work (*prepare)(CLI::App& app, const CommonOptions& common);
+    Traffic traffic = Traffic::Asks;
 };
 
 // Reads the command line and does what it asks, the help listing the commands in that order; every error ends as one

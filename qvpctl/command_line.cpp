@@ -38,7 +38,7 @@ static void addSubcommand(CLI::App& tool, const Subcommand& command, CommonOptio
     CLI::App* app = tool.add_subcommand(command.name, command.summary);
     app->formatter(std::make_shared<ExamplesFirst>(command.examples));
     const Work work = command.prepare(*app, common);
-    addCommonOptions(*app, common);
+    addCommonOptions(*app, common, command.traffic);
     app->callback([work, &chosen] { chosen = work; });
 }
 

@@ -16,7 +16,7 @@ struct OptionText {
     bool isWord;                       // stands without a dash
     bool isNeeded;
     bool isRepeated;
-    bool isCommon;  // every command has it
+    bool isCommon;  // most commands have it
 
     bool isFlag() const { return !isWord && type.empty(); }
 };

@@ -146,7 +146,7 @@ std::string manualPage(std::span<const Subcommand* const> commands, const std::v
     for (const Subcommand* command : commands) {
         page += commandEntry(*command, *std::ranges::find(texts, command->name, &CommandText::name));
     }
-    page += ".SH OPTIONS OF EVERY COMMAND\n" + commonOptions(texts.front());
+    page += ".SH COMMON OPTIONS\n" + commonOptions(texts.front());
     page += ".SH SETTINGS\n" + settings();
     page += ".SH EXIT STATUS\n" + exitStatus();
     return page + kSecrets + kFoot + seeAlso(commands);

@@ -14,12 +14,10 @@ static CLI::Validator isOneOf(const std::vector<std::string>& words) {
     return CLI::IsMember(words).description("").name(CLI::detail::join(words, " "));
 }
 
-void addCommonOptions(CLI::App& app, CommonOptions& options) {
+static void addRequestOptions(CLI::App& app, CommonOptions& options) {
     const auto add = [&](const char* names, auto& value, const char* help, const char* type) {
         return app.add_option(names, value, help)->type_name(type)->group(kCommonGroup);
     };
-    add("-i,--interface", options.interface, "Use this interface only, loopback too if named", "NAME")
-        ->check(checkNotEmpty);
     add("-w,--wait", options.waitSeconds, "How long to take answers to each request (default 2)", "SECONDS")
         ->check(checkSeconds);
     add("--retries", options.retries, "How often to ask again (default 2)", "N")
@@ -34,6 +32,14 @@ void addCommonOptions(CLI::App& app, CommonOptions& options) {
     add("--user", options.user, "Administrator (default $QVPCTL_USER, else admin)", "NAME");
     add("--password-file", options.passwordFile,
         "File whose first line is the password (default $QVPCTL_PASSWORD, else a prompt)", "FILE");
+}
+
+void addCommonOptions(CLI::App& app, CommonOptions& options, Traffic traffic) {
+    app.add_option("-i,--interface", options.interface, "Use this interface only, loopback too if named")
+        ->type_name("NAME")
+        ->group(kCommonGroup)
+        ->check(checkNotEmpty);
+    if (traffic == Traffic::Asks) addRequestOptions(app, options);
     app.add_flag("--json", options.json, "Print JSON, one object a line")->group(kCommonGroup);
 }
 
@@ -94,6 +100,10 @@ void addList(CLI::App& app, const char* names, std::vector<std::string>& words, 
 
 void addText(CLI::App& app, const char* names, std::string& text, const char* type, const char* help) {
     app.add_option(names, text, help)->type_name(type);
+}
+
+void addFile(CLI::App& app, const char* names, std::string& path, const char* help) {
+    app.add_option(names, path, help)->type_name("FILE")->check(checkNotEmpty);
 }
 
 void addCount(CLI::App& app, const char* names, uint32_t& count, const char* help) {

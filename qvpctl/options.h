@@ -13,9 +13,11 @@ namespace CLI {
 class App;
 }
 
-inline constexpr char kCommonGroup[] = "Options of every command";
+inline constexpr char kCommonGroup[] = "Common options";
 
-// Those that every command takes behind its name.
+enum class Traffic { Asks, OnlyListens };
+
+// Those that commands have in common.
 struct CommonOptions {
     std::string interface;  // empty: every one that can broadcast
     client::Family family = client::Family::Primary;
@@ -28,7 +30,8 @@ struct CommonOptions {
     std::chrono::milliseconds wait() const;
 };
 
-void addCommonOptions(CLI::App& app, CommonOptions& options);
+// For a command that only listens: those that are not about requests.
+void addCommonOptions(CLI::App& app, CommonOptions& options, Traffic traffic);
 
 // What stands behind the name without a dash: CAMERA, and words of a command's own.
 void addCamera(CLI::App& app, std::string& camera);
@@ -46,6 +49,7 @@ void addOptionalChoice(CLI::App& app, const char* name, std::string& word, const
 void addList(CLI::App& app, const char* names, std::vector<std::string>& words, const std::vector<std::string>& known,
              const char* help);
 void addText(CLI::App& app, const char* names, std::string& text, const char* type, const char* help);
+void addFile(CLI::App& app, const char* names, std::string& path, const char* help);
 void addCount(CLI::App& app, const char* names, uint32_t& count, const char* help);
 void addBoundedCount(CLI::App& app, const char* names, uint32_t& count, uint32_t most, const char* help);  // from 1
 void addFlag(CLI::App& app, const char* names, bool& flag, const char* help);

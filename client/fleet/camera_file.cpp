@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <charconv>
-#include <map>
 #include <optional>
 
 #include "client/error.h"
+#include "client/fleet/camera_check.h"
 #include "client/fleet/csv.h"
 #include "client/text.h"
 
@@ -89,19 +89,11 @@ bool isSecretReference(std::string_view text) {
            text == "prompt";
 }
 
-Place placeOf(const FileCamera& camera, std::string_view what) {
-    for (size_t i = 0; i < camera.assignments.size(); i++) {
-        const std::string key = camera.assignments[i].setting->key;
-        if (what == key || what.starts_with(key + " ") || what.starts_with(key + ":")) return camera.places[i];
-    }
-    return camera.place;
-}
-
 namespace {
 
 // What a column of the heading means.
 struct FileColumn {
-    enum class Kind { Mac, Address, Setting, Information };
+    enum class Kind { Mac, Address, Product, Setting, Information };
     Kind kind = Kind::Information;
     const Setting* setting = nullptr;
 };
@@ -117,10 +109,6 @@ public:
         readHeading(csv_.rows.front());
         for (size_t i = 1; i < csv_.rows.size(); i++) readRow(csv_.rows[i]);
         if (csv_.rows.size() == 1 && file_.faults.empty()) return faulty("no camera stands below the heading");
-        refuseTwins();
-        std::ranges::stable_sort(file_.faults, [](const Fault& one, const Fault& other) {
-            return std::pair(one.place.line, one.place.column) < std::pair(other.place.line, other.place.column);
-        });
         return std::move(file_);
     }
 
@@ -151,18 +139,16 @@ private:
         if (key == "mac") return {FileColumn::Kind::Mac};
         const Setting* setting = findSetting(key);
         if (setting != nullptr) {
-            if (setting->isReadOnly()) fault(cell.place, key + " can only be read");
-            if (key == "time.now") {
-                fault(cell.place, key + " is another a moment later; use time.ntp, or 'qvpctl set' with time.now=now");
-            }
+            const std::string why = faultOfKey(*setting);
+            if (!why.empty()) fault(cell.place, why);
             return {FileColumn::Kind::Setting, setting};
         }
         if (std::ranges::count(kInformation, key) > 0) {
             file_.information.push_back(key);
-            return {key == "address" ? FileColumn::Kind::Address : FileColumn::Kind::Information};
+            if (key == "address") return {FileColumn::Kind::Address};
+            return {key == "product" ? FileColumn::Kind::Product : FileColumn::Kind::Information};
         }
-        const std::vector<std::string> near = nearestKeys(key);
-        fault(cell.place, "there is no setting " + key + (near.empty() ? "" : "; did you mean " + near.front() + "?"));
+        fault(cell.place, faultOfUnknownKey(key));
         return {};
     }
 
@@ -182,12 +168,15 @@ private:
             readCell(columns_[i], text, row[i].place, camera);
         }
         if (!hasMac) fault(camera.place, "mac is missing: which camera is it?");
-        if (file_.faults.size() == before) checkRow(camera);
+        const auto together = file_.faults.size() == before ? faultTogether(camera) : std::nullopt;
+        if (together) file_.faults.push_back(*together);
+        camera.isSound = file_.faults.size() == before;
         file_.cameras.push_back(std::move(camera));
     }
 
     void readCell(const FileColumn& column, const std::string& text, Place place, FileCamera& camera) {
         if (column.kind == FileColumn::Kind::Address) camera.address = text;
+        if (column.kind == FileColumn::Kind::Product) camera.product = text;
         if (column.kind == FileColumn::Kind::Mac) {
             const auto mac = parseMac(trimmed(text));
             if (!mac) fault(place, "mac must be of the form 02:00:5e:10:00:01");
@@ -196,7 +185,7 @@ private:
         if (column.kind != FileColumn::Kind::Setting || column.setting->isReadOnly()) return;
         try {
             const Assignment assignment = assignmentOf(*column.setting, text);
-            if (std::string_view(column.setting->key) != "wifi.key") checkAlone({&assignment, 1});
+            checkValue(assignment);
             camera.assignments.push_back(assignment);
             camera.places.push_back(place);
         } catch (const Error& error) {
@@ -212,58 +201,6 @@ private:
                                              "or prompt");
     }
 
-    // Values that no camera takes need no camera to be refused.
-    static void checkAlone(std::span<const Assignment> assignments) {
-        CameraState any;
-        any.services.emplace();
-        any.wifi.emplace();
-        any.clock.emplace();
-        withAssignments(any, assignments);
-    }
-
-    // A key can be judged only beside the security that it is for.
-    void checkRow(const FileCamera& camera) {
-        const auto isNamed = [&](std::string_view key) {
-            return std::ranges::any_of(camera.assignments,
-                                       [&](const Assignment& one) { return key == one.setting->key; });
-        };
-        std::vector<Assignment> together;
-        std::ranges::copy_if(camera.assignments, std::back_inserter(together), [&](const Assignment& one) {
-            return std::string_view(one.setting->key) != "wifi.key" || isNamed("wifi.security");
-        });
-        try {
-            checkAlone(together);
-        } catch (const Error& error) {
-            fault(placeOf(camera, error.what()), error.what());
-        }
-    }
-
-    static std::string addressIn(const FileCamera& camera) {
-        for (const Assignment& one : camera.assignments) {
-            if (std::string_view(one.setting->key) != "ipv4.address") continue;
-            const auto& text = std::get<std::string>(one.value);
-            return text.substr(0, text.find('/'));
-        }
-        return "";
-    }
-
-    void refuseTwins() {
-        std::map<std::string, size_t> macs, addresses;
-        for (const FileCamera& camera : file_.cameras) {
-            const bool isMac = std::ranges::any_of(camera.mac.bytes, [](uint8_t byte) { return byte != 0; });
-            const std::string mac = macText(camera.mac), address = addressIn(camera);
-            const auto [other, isNew] = macs.try_emplace(mac, camera.place.line);
-            if (isMac && !isNew) {
-                fault(camera.place, "mac " + mac + " stands in line " + std::to_string(other->second) + " already");
-            }
-            const auto [holder, isFree] = addresses.try_emplace(address, camera.place.line);
-            if (!address.empty() && !isFree) {
-                fault(placeOf(camera, "ipv4.address"),
-                      "ipv4.address " + address + " is given to line " + std::to_string(holder->second) + " already");
-            }
-        }
-    }
-
     Csv csv_;
     const SecretReader& readSecret_;
     std::vector<FileColumn> columns_;
@@ -272,8 +209,15 @@ private:
 
 }  // namespace
 
-CameraFile readCameraFile(std::string_view csv, const SecretReader& readSecret) {
+CameraFile readCameraTable(std::string_view csv, const SecretReader& readSecret) {
     return FileReader(parseCsv(csv), readSecret).read();
+}
+
+CameraFile readCameraFile(std::string_view csv, const SecretReader& readSecret) {
+    CameraFile file = readCameraTable(csv, readSecret);
+    std::ranges::copy(findTwins(file), std::back_inserter(file.faults));
+    sortByPlace(file.faults);
+    return file;
 }
 
 }  // namespace client

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "client/error.h"
+#include "client/session/heard.h"
 #include "client/text.h"
 
 namespace client {
@@ -43,30 +44,6 @@ static std::optional<std::string> textOf(const Setting& setting, const CameraSta
     return setting.get != nullptr ? std::optional(setting.get(state)) : std::nullopt;
 }
 
-static bool isBasic(const Assignment& one) { return one.setting->group == Group::Basic; }
-
-static std::vector<Assignment> basicOnes(const std::vector<Assignment>& assignments) {
-    std::vector<Assignment> basic;
-    std::ranges::copy_if(assignments, std::back_inserter(basic), isBasic);
-    return basic;
-}
-
-// What it has beside its name and its address is not known, so that whatever is asked counts as a change.
-static CameraState heardState(const Found& found) {
-    CameraState state;
-    state.camera = found.camera;
-    state.camera.httpPort = 80;
-    return state;
-}
-
-static void refuseHeard(const Found& found, const std::vector<Assignment>& assignments) {
-    const std::string heard = "the camera reports, but does not answer: ";
-    if (found.isNear) throw Error(ErrorKind::NotFound, heard + "something on the way keeps its answers back");
-    const auto isAddress = [](const Assignment& one) { return std::string_view(one.setting->key) == "ipv4.address"; };
-    if (std::ranges::any_of(assignments, isAddress)) return;
-    throw Error(ErrorKind::NotFound, heard + "its answers do not reach this machine; give it an ipv4.address as well");
-}
-
 static CameraPlan planOf(const Found& found, const CameraState& state, const std::vector<Assignment>& assignments) {
     CameraPlan plan;
     plan.found = found;
@@ -75,10 +52,11 @@ static CameraPlan planOf(const Found& found, const CameraState& state, const std
     return plan;
 }
 
+// Whatever is asked counts as a change, where what the camera has is not known.
 static CameraPlan planHeard(const Found& found, const std::vector<Assignment>& assignments) {
     refuseHeard(found, assignments);
     CameraPlan plan = planOf(found, heardState(found), assignments);
-    plan.wanted = withAssignments(plan.state, basicOnes(assignments));
+    plan.wanted = withAssignments(plan.state, thoseForHeard(assignments));
     for (const Group group : groupsInOrder()) {
         if (std::ranges::count(groupsOf(assignments), group) > 0) plan.groups.push_back(group);
     }
@@ -137,7 +115,7 @@ void CameraJob::changeAnswering(Session& session, const CameraPlan& plan, const 
 }
 
 void CameraJob::changeHeard(const CameraPlan& plan, const Session::Watch& watch) {
-    const std::vector<Assignment> basic = basicOnes(plan.assignments);
+    const std::vector<Assignment> basic = thoseForHeard(plan.assignments);
     Session session = open(plan.found, logins_.front());
     session.applyUnheard(plan.state, plan.wanted, watch);
     verify(session, plan.wanted, basic);

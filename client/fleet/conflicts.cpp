@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "client/fleet/camera_check.h"
 #include "client/text.h"
 
 namespace client {
@@ -46,9 +47,8 @@ private:
     }
 
     void fault(const PlannedCamera& moved, const std::string& what) {
-        const std::string key = "ipv4.address";
-        faults_.push_back(
-            {placeOf(*moved.camera, key), key + " " + addressText(moved.plan.wanted.camera.address) + " " + what});
+        const std::string address = addressText(moved.plan.wanted.camera.address);
+        faults_.push_back(faultOn(*moved.camera, "ipv4.address " + address + " " + what));
     }
 
     bool checkNetwork(const PlannedCamera& moved) {
@@ -70,13 +70,17 @@ private:
         for (const Found& other : found_) {
             const bool isItself = isSame(other.camera.mac, moved.plan.found.camera.mac);
             if (isItself || !isSame(other.camera.address, moved.plan.wanted.camera.address)) continue;
-            const PlannedCamera* planned = plannedOf(other.camera.mac);
-            const bool isLeaving = planned != nullptr && planned->isMoved();
-            fault(moved, "is that of camera " + macText(other.camera.mac) +
-                             (isLeaving ? " until that is moved: do that first, with a file of its own" : ""));
+            fault(moved, "is that of camera " + macText(other.camera.mac) + wayOut(moved, plannedOf(other.camera.mac)));
             return false;
         }
         return true;
+    }
+
+    static std::string wayOut(const PlannedCamera& moved, const PlannedCamera* other) {
+        if (other == nullptr || !other->isMoved()) return "";
+        const bool isSwap = isSame(other->plan.wanted.camera.address, moved.plan.state.camera.address);
+        return isSwap ? ", which is to get its own: first give one of them a free address, with a file of its own"
+                      : " until that is moved: do that first, with a file of its own";
     }
 
     // Who answered may be a camera that was asked a moment ago where it no longer is.

@@ -23,6 +23,7 @@ using client::ErrorKind;
 
 static const char kExamples[] =
     "  qvpctl apply site.csv                 the first camera, and when that is well, the others\n"
+    "  qvpctl apply site.toml                a policy: groups, ranges of addresses, and settings for all\n"
     "  qvpctl apply site.csv --parallel 32   many at a time: most of it is waiting for cameras\n"
     "  qvpctl apply monday                   what 'qvpctl plan site.csv -o monday' has shown, and nothing else\n"
     "  qvpctl apply site.csv --resume        go on after a run that was cut off\n"
@@ -46,14 +47,14 @@ public:
     int run() {
         const LockedFile lock(options_.fleet.file, O_RDONLY);
         if (plan_) plan_->refuseOtherFile();
-        const std::string digest = digestOf(readWhole(options_.fleet.file));
-        checkJournal(digest);
+        const std::string digest = digestOfCameraFile(options_.fleet.file);
+        const JournalContent old = checkJournal(digest);
         const StopSignal stop;
         signal(SIGPIPE, SIG_IGN);  // whoever reads the notes may go; the changes are finished
         Fleet fleet(options_.fleet, common_, stop.descriptor());
         fleet.read();
         fleet.refuseFaults(Fleet::Conflicts::Refused);
-        takeOver(fleet.readings());
+        takeOver(fleet.readings(), old);
         change(digest, stop.descriptor());
         sortAsIn(fleet.readings());
         printOutcomes(outcomes_, common_.json);
@@ -61,10 +62,10 @@ public:
     }
 
 private:
-    // Before anything is read, asked or sent.
-    void checkJournal(const std::string& digest) const {
+    // Before anything is read, asked or sent. What the run has done that this one goes on with.
+    JournalContent checkJournal(const std::string& digest) const {
         const std::string path = options_.journalPath();
-        if (!options_.resume && !std::filesystem::exists(path)) return;
+        if (!options_.resume && !std::filesystem::exists(path)) return {};
         const JournalContent content = readJournal(path);
         if (options_.resume && content.digest != digest) {
             throw Error(ErrorKind::BadValue, printable(path) + " is of another file, or the file was changed since; " +
@@ -74,11 +75,20 @@ private:
             throw Error(ErrorKind::BadValue, printable(path) + " is of a run that was cut off: --resume goes on with " +
                                                  "it, and 'qvpctl revert' puts back what was there");
         }
+        return options_.resume ? content : JournalContent();
     }
 
-    void takeOver(const std::vector<Reading>& readings) {
+    std::string objectionTo(const Reading& reading, const JournalContent& old) const {
+        const auto before = old.before.find(client::macText(reading.camera->mac));
+        if (before != old.before.end() && before->second.wanted != digestOf(reading.camera->assignments)) {
+            return "the policy gives it something else than when it was cut off: its groups have changed";
+        }
+        return plan_ ? plan_->objectionTo(reading) : "";
+    }
+
+    void takeOver(const std::vector<Reading>& readings, const JournalContent& old) {
         for (const Reading& one : readings) {
-            const std::string objection = plan_ && one.hasChanges() ? plan_->objectionTo(one) : "";
+            const std::string objection = one.hasChanges() ? objectionTo(one, old) : "";
             if (one.hasChanges() && objection.empty()) {
                 tasks_.push_back({*one.found, one.camera->assignments, one.plan->logins});
                 continue;
@@ -128,7 +138,7 @@ private:
 static Work prepare(CLI::App& app, const CommonOptions& common) {
     const auto options = std::make_shared<ApplyOptions>();
     addNeededWord(app, "FILE|PLAN", options->fleet.file,
-                  "A table as spreadsheets save it (CSV), or a plan of 'qvpctl plan -o PLAN'");
+                  "A table as spreadsheets save it (CSV), a policy (FILE.toml), or a plan of 'qvpctl plan -o PLAN'");
     addFlag(app, "--resume", options->resume, "Go on with a run that was cut off");
     addText(app, "--journal", options->journal, "PATH", "What was there is kept in this file (default FILE.journal)");
     addElsewhere(app, options->fleet);

@@ -12,6 +12,7 @@
 
 static const char kExamples[] =
     "  qvpctl plan site.csv                        what would change, and for how long the cameras are away\n"
+    "  qvpctl plan site.toml                       the same for a policy: groups, ranges of addresses, defaults\n"
     "  qvpctl plan site.csv -o monday              and 'qvpctl apply monday' makes that so, and nothing else\n"
     "  qvpctl discover --csv >site.csv             makes a table to begin with\n"
     "  qvpctl plan site.csv --exit-code >plan.txt  for a script: ends with 7 if something would change\n";

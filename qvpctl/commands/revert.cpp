@@ -24,10 +24,13 @@ using Values = std::map<std::string, std::string>;
 
 static const char kExamples[] =
     "  qvpctl revert site.csv.journal                         what was there before 'qvpctl apply site.csv'\n"
-    "  qvpctl revert site.csv.journal --password-file new.txt  the password that the cameras have now\n";
+    "  qvpctl revert site.csv.journal --password-file new.txt  the password that the cameras have now\n"
+    "  qvpctl revert site.csv.journal --password-file old.txt --other-password @new.txt\n"
+    "                                                         after a run that gave some of them a new one\n";
 
 struct RevertOptions {
     FleetOptions fleet;
+    std::string otherPassword;  // where it is; empty: there is none
 };
 
 static bool isOfNetwork(const std::string& key) { return key.starts_with("ipv4."); }
@@ -85,11 +88,24 @@ static const Found* foundOf(const std::vector<Found>& found, Mac mac) {
     return best;
 }
 
+// A run that was cut off while it changed the password leaves cameras with either.
+static std::vector<client::Login> readLogins(const RevertOptions& options, const CommonOptions& common) {
+    const std::string& source = options.otherPassword;
+    if (!source.empty() && (source == "-" || !isSecretSource(source))) {
+        throw Error(ErrorKind::BadValue,
+                    "the other password must not stand on the command line: use --other-password "
+                    "@FILE or --other-password env:NAME");
+    }
+    std::vector<client::Login> logins = {readLogin(common)};
+    if (!source.empty()) logins.push_back({logins.front().user, readSecret("other-password", source)});
+    return logins;
+}
+
 static int revert(const RevertOptions& options, const CommonOptions& common) {
     const std::string& path = options.fleet.file;
     const JournalContent content = readJournal(path);
     Journal journal = Journal::goOn(path);
-    const client::Login login = readLogin(common);
+    const std::vector<client::Login> logins = readLogins(options, common);
     const StopSignal stop;
     signal(SIGPIPE, SIG_IGN);  // whoever reads the notes may go; the changes are finished
     tellLost(content);
@@ -103,7 +119,7 @@ static int revert(const RevertOptions& options, const CommonOptions& common) {
     std::vector<ChangeTask> tasks;
     for (const client::FileCamera& camera : cameras) {
         if (const Found* one = foundOf(found, camera.mac)) {
-            tasks.push_back({*one, assignmentsOf(content.before.at(client::macText(camera.mac)), *one), {login}});
+            tasks.push_back({*one, assignmentsOf(content.before.at(client::macText(camera.mac)), *one), logins});
         } else {
             note({camera.mac, {}, {}, Error(ErrorKind::NotFound, "it has neither answered nor reported")});
         }
@@ -119,6 +135,8 @@ static int revert(const RevertOptions& options, const CommonOptions& common) {
 static Work prepare(CLI::App& app, const CommonOptions& common) {
     const auto options = std::make_shared<RevertOptions>();
     addNeededWord(app, "JOURNAL", options->fleet.file, "What 'qvpctl apply' has kept, FILE.journal");
+    addText(app, "--other-password", options->otherPassword, "SECRET",
+            "For cameras that refuse the password: @FILE or env:NAME");
     addParallel(app, options->fleet);
     return [options, &common] { return revert(*options, common); };
 }

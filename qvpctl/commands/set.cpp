@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "client/error.h"
+#include "client/session/heard.h"
 #include "client/text.h"
 #include "qvpctl/commands.h"
 #include "qvpctl/commands/set.h"
@@ -106,16 +107,13 @@ private:
         }
     }
 
-    static bool isBasic(const Assignment& one) { return one.setting->group == client::Group::Basic; }
-
-    // Its web port cannot be read, and every request sets it. The rest of what is asked comes when it can answer.
+    // The rest of what is asked comes when it can answer.
     void changeUnheard(client::Session& session, const Found& camera) {
         std::vector<Assignment> first, rest;
-        std::ranges::partition_copy(assignments_, std::back_inserter(first), std::back_inserter(rest), isBasic);
-        refuseUnheard(camera, first, rest);
-        CameraState state;
-        state.camera = camera.camera;
-        state.camera.httpPort = 80;
+        std::ranges::partition_copy(assignments_, std::back_inserter(first), std::back_inserter(rest),
+                                    client::isForHeard);
+        refuseUnheard(camera, rest);
+        const CameraState state = client::heardState(camera);
         const std::string ungiven = namesOfUngiven(first);
         say("the camera is in another subnet and its answers are lost" +
             (ungiven.empty() ? "" : "; what it has cannot be read, so what is not given is set anew: " + ungiven));
@@ -127,26 +125,12 @@ private:
         if (!rest.empty()) change(session);
     }
 
-    // What is not said to it would be lost: its request holds the whole of its addressing, and it cannot be asked
-    // first.
-    void refuseUnheard(const Found& camera, const std::vector<Assignment>& first,
-                       const std::vector<Assignment>& rest) const {
-        const std::string heard = "the camera reports, but does not answer: ";
-        if (camera.isNear) {
-            throw Error(ErrorKind::NotFound, heard + "something on the way keeps its answers back");
-        }
-        const auto isAddress = [](const Assignment& one) {
-            return std::string_view(one.setting->key) == "ipv4.address";
-        };
-        if (std::ranges::none_of(first, isAddress)) {
-            throw Error(ErrorKind::NotFound,
-                        heard + "its answers do not reach this machine; set its ipv4.address as well");
-        }
-        if (options_.noWait && !rest.empty()) {
-            throw Error(ErrorKind::BadValue, heard +
-                                                 "what is not its name, port or address can be set only when it is "
-                                                 "back, so not with --no-wait");
-        }
+    void refuseUnheard(const Found& camera, const std::vector<Assignment>& rest) const {
+        client::refuseHeard(camera, assignments_);
+        if (!options_.noWait || rest.empty()) return;
+        throw Error(ErrorKind::BadValue,
+                    "the camera reports, but does not answer: what is not its name, port or address can be set only "
+                    "when it is back, so not with --no-wait");
     }
 
     static std::string namesOfUngiven(const std::vector<Assignment>& first) {

@@ -1,22 +1,15 @@
 #include "qvpctl/fleet/fleet.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <filesystem>
-#include <fstream>
-#include <map>
-#include <sstream>
 
+#include "client/fleet/camera_check.h"
 #include "client/neighbours.h"
 #include "client/text.h"
 #include "qvpctl/fleet/crew.h"
 #include "qvpctl/secret_source.h"
-#include "qvpctl/terminal_text.h"
 #include "qvpctl/tool.h"
 #include "qvpctl/wait_bar.h"
 
-namespace fs = std::filesystem;
-using client::CameraFile;
 using client::Error;
 using client::ErrorKind;
 using client::Fault;
@@ -24,7 +17,7 @@ using client::FileCamera;
 using client::Found;
 
 void addFile(CLI::App& app, FleetOptions& options) {
-    addNeededWord(app, "FILE", options.file, "A table as spreadsheets save it (CSV): mac, and settings");
+    addNeededWord(app, "FILE", options.file, "A table as spreadsheets save it (CSV), or a policy (FILE.toml)");
 }
 
 void addParallel(CLI::App& app, FleetOptions& options) {
@@ -34,62 +27,6 @@ void addParallel(CLI::App& app, FleetOptions& options) {
 
 void addElsewhere(CLI::App& app, FleetOptions& options) {
     addFlag(app, "--elsewhere", options.elsewhere, "Allow addresses that are of no network of this machine");
-}
-
-std::string readWhole(const std::string& path) {
-    errno = 0;
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    if (file) text << file.rdbuf();
-    const bool isFolder = fs::is_directory(path);
-    if (isFolder || !file || file.bad()) {
-        throw client::localError("cannot read " + printable(path), isFolder ? EISDIR : errno != 0 ? errno : EIO);
-    }
-    return text.str();
-}
-
-// A secret that many rows name is read, or asked for, once. A file is looked for beside the table.
-class ReferencedSecrets {
-public:
-    explicit ReferencedSecrets(const std::string& path) : folder_(fs::path(path).parent_path()) {}
-
-    client::Secret read(const std::string& key, const std::string& reference) {
-        const auto name = std::pair(key, reference);
-        const auto known = known_.find(name);
-        if (known != known_.end()) return known->second;
-        return known_[name] = readSecret(key, source(reference));
-    }
-
-private:
-    std::string source(const std::string& reference) const {
-        constexpr std::string_view kFile = "file:";
-        if (reference == "prompt") return "-";
-        return reference.starts_with(kFile) ? "@" + (folder_ / reference.substr(kFile.size())).string() : reference;
-    }
-
-    fs::path folder_;
-    std::map<std::pair<std::string, std::string>, client::Secret> known_;
-};
-
-Error faultsOf(const std::string& path, const std::vector<Fault>& faults) {
-    std::string list;
-    for (const Fault& fault : faults) {
-        const std::string column = fault.place.column > 0 ? " column " + std::to_string(fault.place.column) + ":" : "";
-        list += "\n  " + printable(path) + ":" + std::to_string(fault.place.line) + ":" + column + " " +
-                printable(fault.text);
-    }
-    return Error(ErrorKind::BadValue, "nothing is sent: " + printable(path) + " has " + std::to_string(faults.size()) +
-                                          (faults.size() == 1 ? " fault" : " faults") + list);
-}
-
-CameraFile loadCameraFile(const std::string& path) {
-    ReferencedSecrets secrets(path);
-    const auto read = [&](const std::string& key, const std::string& reference) {
-        return secrets.read(key, reference);
-    };
-    CameraFile file = client::readCameraFile(readWhole(path), read);
-    if (!file.faults.empty()) throw faultsOf(path, file.faults);
-    return file;
 }
 
 // One heard twice is taken as it answered.
@@ -124,12 +61,16 @@ std::vector<Found> callRoll(const CommonOptions& common, int stop, std::span<con
     if (missing.empty()) return found;
     say(std::to_string(missing.size()) + (missing.size() == 1 ? " camera has" : " cameras have") +
         " not answered; listening for presence reports, for up to " + std::to_string(kReportInterval.count()) + " s");
-    const auto isLast = [&missing](const Found& one) {
+    bool isSilent = false;
+    const auto isLast = [&](const Found& one) {
         const auto isIt = [&one](Mac mac) { return client::isSame(mac, one.camera.mac); };
-        if (one.answered || !one.isNear) std::erase_if(missing, isIt);
+        isSilent |= std::erase_if(missing, isIt) > 0 && !one.answered && one.isNear;
         return missing.empty();
     };
     for (const Found& one : search(link, common, kReportInterval, isLast)) found.push_back(one);
+    if (!isSilent) return found;
+    // A report comes whenever it comes: a camera nearby may have come up since it was asked.
+    for (const Found& one : search(link, common, common.wait(), nullptr)) found.push_back(one);
     return found;
 }
 
@@ -154,6 +95,7 @@ Reading Fleet::readOne(const FileCamera& camera) const {
     Reading reading{&camera, foundOf(found_, camera.mac), {}, {}};
     try {
         if (!reading.found) throw Error(ErrorKind::NotFound, "it has neither answered nor reported");
+        if (camera.unsettled) throw Error(*camera.unsettled);
         withJob(common_, loginsFor(camera, login_), stop_,
                 [&](client::CameraJob& job) { reading.plan = job.look(*reading.found, camera.assignments); });
     } catch (const Error& error) {
@@ -162,11 +104,22 @@ Reading Fleet::readOne(const FileCamera& camera) const {
     return reading;
 }
 
+static client::Seen seenOf(const std::optional<Found>& found) {
+    if (!found) return {};
+    return {found->camera.name, found->camera.product};
+}
+
 void Fleet::read() {
     found_ = callRoll(common_, stop_, file_.cameras);
-    readings_.assign(file_.cameras.size(), {});
-    inParallel(file_.cameras.size(), options_.parallel, stop_,
-               [this](size_t i) { readings_[i] = readOne(file_.cameras[i]); });
+    std::vector<client::Seen> seen;
+    for (const FileCamera& camera : file_.cameras) seen.push_back(seenOf(foundOf(found_, camera.mac)));
+    settled_ = client::settle(file_, seen);
+    for (const Fault& note : settled_.notes) {
+        say(pathOf(options_.file, file_, note.place) + ":" + std::to_string(note.place.line) + ": " + note.text);
+    }
+    readings_.assign(settled_.cameras.size(), {});
+    inParallel(settled_.cameras.size(), options_.parallel, stop_,
+               [this](size_t i) { readings_[i] = readOne(settled_.cameras[i]); });
     if (isStopped(stop_)) throw Error(ErrorKind::Unverified, "stopped: nothing was sent that changes a camera");
 }
 
@@ -181,15 +134,15 @@ std::vector<Fault> Fleet::conflicts() const {
 }
 
 void Fleet::refuseFaults(Conflicts conflicts) const {
-    std::vector<Fault> faults;
-    if (conflicts == Conflicts::Refused) faults = this->conflicts();
+    std::vector<Fault> faults = settled_.faults;
+    if (conflicts == Conflicts::Refused) std::ranges::copy(this->conflicts(), std::back_inserter(faults));
     for (const Reading& one : readings_) {
         const bool isFault = one.error && one.error->kind() == ErrorKind::BadValue;
-        if (isFault) faults.push_back({placeOf(*one.camera, one.error->what()), one.error->what()});
+        if (isFault) faults.push_back(faultOn(*one.camera, one.error->what()));
     }
     if (faults.empty()) return;
-    std::ranges::stable_sort(faults, {}, [](const Fault& fault) { return fault.place.line; });
-    throw faultsOf(options_.file, faults);
+    client::sortByPlace(faults);
+    throw faultsOf(options_.file, file_, faults);
 }
 
 ExitCode worstOf(const std::vector<Reading>& readings) {

@@ -10,7 +10,9 @@
 #include "client/fleet/camera_file.h"
 #include "client/fleet/camera_job.h"
 #include "client/fleet/conflicts.h"
+#include "client/fleet/settle.h"
 #include "qvpctl/exit_code.h"
+#include "qvpctl/fleet/site_file.h"
 #include "qvpctl/options.h"
 #include "qvpctl/output.h"
 
@@ -23,15 +25,6 @@ struct FleetOptions {
 void addFile(CLI::App& app, FleetOptions& options);
 void addParallel(CLI::App& app, FleetOptions& options);
 void addElsewhere(CLI::App& app, FleetOptions& options);
-
-// Throws Error Local.
-std::string readWhole(const std::string& path);
-
-// Throws Error Local for a file that cannot be read, and BadValue with every fault of it.
-client::CameraFile loadCameraFile(const std::string& path);
-
-// The faults as one error, each with file, line and column.
-client::Error faultsOf(const std::string& path, const std::vector<client::Fault>& faults);
 
 // Asks everybody who is there, and listens for the reports of those that are looked for and do not answer.
 std::vector<client::Found> callRoll(const CommonOptions& common, int stop, std::span<const client::FileCamera> cameras);
@@ -74,6 +67,7 @@ private:
     client::CameraFile file_;
     client::Login login_;
     std::vector<client::Found> found_;
+    client::Settled settled_;  // that the readings point to
     std::vector<Reading> readings_;
 };
 

@@ -40,6 +40,15 @@ std::string digestOf(const std::string& text) {
     return digits;
 }
 
+std::string digestOf(const std::vector<client::Assignment>& assignments) {
+    std::string texts;
+    for (const client::Assignment& one : assignments) {
+        const auto* text = std::get_if<std::string>(&one.value);
+        texts += std::string(one.setting->key) + '=' + (text != nullptr ? *text : "") + '\0';
+    }
+    return digestOf(texts);
+}
+
 static std::map<std::string, std::string> textsOf(const Record& values) {
     std::map<std::string, std::string> texts;
     for (const auto& [key, value] : values.items()) texts[key] = value.get<std::string>();
@@ -51,6 +60,7 @@ static void takeBefore(const Record& record, CameraBefore& before) {
     before.changed.merge(textsOf(record.at("before")));
     before.basic.merge(textsOf(record.at("basic")));
     for (const Record& key : record.at("lost")) before.lost.insert(key.get<std::string>());
+    before.wanted = record.at("wanted").get<std::string>();
 }
 
 static void takeLine(const Record& record, JournalContent& content) {
@@ -166,7 +176,8 @@ void Journal::noteBefore(const client::CameraPlan& plan) {
         {"mac",    client::macText(plan.found.camera.mac)},
         {"before", before                                },
         {"basic",  basic                                 },
-        {"lost",   lost                                  }
+        {"lost",   lost                                  },
+        {"wanted", digestOf(plan.assignments)            }
     });
 }
 

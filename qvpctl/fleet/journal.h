@@ -33,6 +33,7 @@ struct CameraBefore {
     std::map<std::string, std::string> changed;  // settings that were changed, with their values
     std::map<std::string, std::string> basic;    // the rest of its name, port and address, for one that cannot be asked
     std::set<std::string> lost;                  // settings that were changed, and cannot be put back
+    std::string wanted;                          // digest of what the file wanted of it
 };
 
 struct JournalContent {
@@ -45,8 +46,9 @@ struct JournalContent {
 // is none.
 JournalContent readJournal(const std::string& path);
 
-// Tells files apart.
+// Tells files apart, and what is wanted of a camera; a secret counts for nothing.
 std::string digestOf(const std::string& text);
+std::string digestOf(const std::vector<client::Assignment>& assignments);
 
 class Journal {
 public:

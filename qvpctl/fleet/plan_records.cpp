@@ -14,7 +14,18 @@ const char kFileHelp[] =
     "of\n"
     "  'qvpctl discover --csv', such as address and product, are for people and set nothing. In a cell, \\\\ is a\n"
     "  backslash and \\xHH a byte, as 'discover' and 'export' write them.\n"
-    "  Of many cameras, the exit status is the highest that one of them comes to.";
+    "  Of many cameras, the exit status is the highest that one of them comes to.\n"
+    "\n"
+    "The policy, a file whose name ends in .toml:\n"
+    "  table = \"site.csv\"                              the table beside it; [[camera]] lists cameras here\n"
+    "  [defaults]                                      settings of all the cameras\n"
+    "  time.zone = \"Europe/Berlin\"\n"
+    "  password = { file = \"new.txt\" }                 secrets: { file = }, { env = } or { prompt = true }\n"
+    "  [[group]]                                       the cameras that fit each pattern\n"
+    "  product = \"VC-2*\"                               of product, name and mac, as a shell has them\n"
+    "  [group.set]\n"
+    "  ipv4.address = \"192.168.10.20-69/24\"            a range, in the order of the table\n"
+    "  A camera's own row goes before the groups, a later group before an earlier one, and all before the defaults.";
 
 Record changesOf(const std::vector<client::SettingChange>& changes) {
     const auto value = [](const std::optional<std::string>& text) { return text ? Record(*text) : Record(); };

@@ -17,16 +17,20 @@ using client::ErrorKind;
 static constexpr std::string_view kOpening = "{\"plan\":1,";
 
 void SavedPlan::save(const std::string& path, const std::string& file, const std::vector<Reading>& readings) {
-    Record cameras = Record::object();
+    Record cameras = Record::object(), wanted = Record::object();
     for (const Reading& one : readings) {
-        if (one.plan) cameras[client::macText(one.camera->mac)] = changesOf(one.plan->changes);
+        if (!one.plan) continue;
+        const std::string mac = client::macText(one.camera->mac);
+        cameras[mac] = changesOf(one.plan->changes);
+        wanted[mac] = digestOf(one.camera->assignments);
     }
     errno = 0;
     std::ofstream output(path, std::ios::binary | std::ios::trunc);
     output << jsonLine({
         {"plan",    1                          },
         {"file",    fs::absolute(file).string()},
-        {"digest",  digestOf(readWhole(file))  },
+        {"digest",  digestOfCameraFile(file)   },
+        {"wanted",  wanted                     },
         {"cameras", cameras                    }
     });
     output.close();
@@ -42,6 +46,7 @@ std::optional<SavedPlan> SavedPlan::load(const std::string& path) {
         plan.file_ = record.at("file").get<std::string>();
         plan.digest_ = record.at("digest").get<std::string>();
         plan.cameras_ = record.at("cameras").get<std::map<std::string, Record>>();
+        plan.wanted_ = record.at("wanted").get<std::map<std::string, std::string>>();
         return plan;
     } catch (const Record::exception&) {
         throw Error(ErrorKind::BadValue, printable(path) + " is a plan that is damaged");
@@ -49,14 +54,19 @@ std::optional<SavedPlan> SavedPlan::load(const std::string& path) {
 }
 
 void SavedPlan::refuseOtherFile() const {
-    if (digestOf(readWhole(file_)) == digest_) return;
+    if (digestOfCameraFile(file_) == digest_) return;
     throw Error(ErrorKind::BadValue, printable(file_) + " was changed since the plan was made");
 }
 
 // What was changed by a run of this plan that was cut off is as wanted by now, and no objection.
 std::string SavedPlan::objectionTo(const Reading& reading) const {
-    const auto planned = cameras_.find(client::macText(reading.camera->mac));
-    if (planned == cameras_.end()) return "it could not be read when the plan was made";
+    const std::string mac = client::macText(reading.camera->mac);
+    const auto planned = cameras_.find(mac);
+    const auto wanted = wanted_.find(mac);
+    if (planned == cameras_.end() || wanted == wanted_.end()) return "it could not be read when the plan was made";
+    if (wanted->second != digestOf(reading.camera->assignments)) {
+        return "the policy gives it something else than when the plan was made: its groups have changed";
+    }
     std::string keys;
     for (const Record& change : changesOf(reading.plan->changes)) {
         // As text: bytes of a camera that are not UTF-8 were written as something else.

@@ -16,7 +16,8 @@ public:
     // Nothing for a file that is no plan. Throws Error Local, and BadValue for a plan that is damaged.
     static std::optional<SavedPlan> load(const std::string& path);
 
-    // The file of cameras it was made from. Throws Error BadValue when that was changed since.
+    // The file of cameras it was made from. Throws Error BadValue when that, or the table beside
+    // it, was changed since.
     const std::string& file() const { return file_; }
     void refuseOtherFile() const;
 
@@ -25,5 +26,6 @@ public:
 
 private:
     std::string file_, digest_;
-    std::map<std::string, Record> cameras_;  // by MAC, the changes of each
+    std::map<std::string, Record> cameras_;      // by MAC, the changes of each
+    std::map<std::string, std::string> wanted_;  // by MAC, what tells apart what the file wanted of it
 };

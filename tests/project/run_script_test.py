@@ -119,5 +119,5 @@ def test_tests_that_need_namespaces_can_be_skipped():
     needy = {test["name"]: {item["name"]: item["value"] for item in test["properties"]}
              for test in json.loads(listing.stdout)["tests"]
              if test["name"].startswith(("end_to_end.", "qvpctl_", "virtual_camera.", "platform_linux."))}
-    assert {"end_to_end.discovery", "qvpctl_networks", "qvpctl_setup", "virtual_camera.board"} <= set(needy)
+    assert {"end_to_end.discovery", "qvpctl_discover", "qvpctl_setup", "virtual_camera.board"} <= set(needy)
     assert [name for name, properties in needy.items() if properties.get("SKIP_RETURN_CODE") != 77] == []

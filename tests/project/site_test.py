@@ -82,7 +82,7 @@ def test_no_link_is_dead(site, pages):
 
 
 def test_there_is_a_page_for_every_document(site, pages):
-    documents = {page.relative_to(SOURCE).as_posix() for folder in ("docs", "packaging", "virtual-camera", "wireshark")
+    documents = {page.relative_to(SOURCE).as_posix() for folder in ("ansible", "docs", "packaging", "virtual-camera", "wireshark")
                  for page in (SOURCE / folder).rglob("*.md")}
     documents |= {page.name for page in SOURCE.glob("*.md")}
     contents = {line.rsplit(": ", 1)[-1].strip() for line in (SOURCE / "mkdocs.yml").read_text().splitlines()}

@@ -3,9 +3,12 @@
 pytest itself runs inside the virtual LAN:
   virtual-camera/virtual-camera run -n 0 -- /usr/bin/python3 -m pytest tests/qvpctl/apply_test.py
 """
+import json
+
 import pytest
-from cameras import JSON, MARK, PLAIN, columns, get, living, mac
-from fleet_files import by_mac, results, run, write
+from cameras import JSON, MARK, PLAIN, columns, get, living, mac, reporting
+from fleet_files import (answers_counted, by_mac, discovered, keep_answers_back, let_answers_through, read_until, refused,
+                         results, run, start, write)
 
 
 def test_cameras_of_one_address_become_what_the_file_says(lan, tmp_path):
@@ -43,6 +46,29 @@ def test_cameras_of_one_address_become_what_the_file_says(lan, tmp_path):
     assert [camera.board_log() for camera in cameras if camera is not foreign] == [[], [], []]
 
 
+def test_a_refused_password_is_not_tried_again(lan, tmp_path):
+    """Neither by what reads the cameras nor by what changes them: the second has the new password already."""
+    first, second = [living(camera) for camera in lan.cameras(2, {1: ["--set", f"USER_ADMIN/Password1={MARK}"]})]
+    (tmp_path / "new").write_text(MARK + "\n")
+    site = write(tmp_path, "mac,name,password", *((camera, "Hall", "file:new") for camera in (first, second)))
+    with answers_counted(refused) as refusals:
+        run(JSON, "apply", site)
+    assert refusals == {mac(second): 1}
+    with answers_counted(refused) as refusals:
+        run(JSON, "revert", site + ".journal", "--other-password", f"@{tmp_path / 'new'}", password="somebody's")
+    assert refusals == {mac(first): 1, mac(second): 1}
+    assert (get(first, "name", password=MARK), get(second, "name", password=MARK)) == (
+        f"Camera {first.number}", f"Camera {second.number}")
+
+
+def test_who_waits_for_one_camera_asks_no_other(lan, tmp_path):
+    """The other one answers the roll call, which is three requests, and nothing else."""
+    camera, other = [living(camera) for camera in lan.cameras(2)]
+    with answers_counted(discovered) as answers:
+        run(JSON, "apply", write(tmp_path, "mac,name", (camera, "Hall")))
+    assert answers[mac(other)] == 3 < answers[mac(camera)]
+
+
 def test_nothing_to_change_is_said(camera, tmp_path):
     site = write(tmp_path, "mac,name", (camera, f"Camera {camera.number}"))
     result = run(PLAIN, "apply", site)
@@ -53,10 +79,10 @@ def test_nothing_to_change_is_said(camera, tmp_path):
 def test_the_first_camera_is_the_one_that_shows_what_is_wrong(lan, tmp_path):
     """It takes the change and does not come back with it, so the others are left alone."""
     cameras = [living(camera) for camera in lan.cameras(3)]
-    cameras[0].replace_script("/etc/init.d/ipv4", "#!/bin/sh\n")
     stores = [camera.store() for camera in cameras[1:]]
-    cameras[0].replace_script("/etc/init.d/ntpc.sh", "#!/bin/sh\nkill $(cat /run/qvp-eth0.pid)\n")
-    site = write(tmp_path, "mac,time.ntp,name", *((camera, "ntp.example.com", "Hall") for camera in cameras))
+    cameras[0].replace_script("/etc/init.d/httpd-0", "#!/bin/sh\nkill $(cat /run/qvp-eth0.pid)\n")
+    (tmp_path / "new").write_text(MARK + "\n")
+    site = write(tmp_path, "mac,password,name", *((camera, "file:new", "Hall") for camera in cameras))
     records, summary = by_mac(run(JSON, "apply", site, status=6))
     assert results(records, cameras) == ["unverified", "failed", "failed"]
     assert records[mac(cameras[1])]["reason"] == f"not tried: the first camera, {mac(cameras[0])}, was not changed"
@@ -75,6 +101,37 @@ def test_each_step_of_each_camera_is_a_line(lan, tmp_path):
     lines = result.err.splitlines()
     assert all(mac(cameras[1]) not in line for line in lines[:5]), "the second waits for the first"
     assert result.out.endswith("2 cameras: 2 changed\n")
+
+
+def test_what_the_network_loses_is_tried_again_and_a_refusal_is_not(lan, tmp_path):
+    """While the first camera is away, one falls silent for a time, and another one gets the password of somebody else."""
+    first, silent, foreign = cameras = [living(camera) for camera in lan.cameras(3)]
+    gate = first.gate("/etc/init.d/ipv4")
+    process = start("apply", write(tmp_path, "mac,name", *((camera, "Hall") for camera in cameras)), "--json")
+    gate.wait()
+    keep_answers_back(silent)
+    foreign.change_store("USER_ADMIN", "Password1", b"another")
+    with answers_counted(refused) as refusals:
+        gate.open()
+        read_until(process, f"{mac(silent)}: once more: ")
+        let_answers_through(silent)
+        output, _ = process.communicate(timeout=120)
+    records = {record["mac"]: record for record in map(json.loads, output.splitlines()[:-1])}
+    assert (process.returncode, results(records, cameras)) == (4, ["changed", "changed", "failed"])
+    assert refusals == {mac(foreign): 1}
+    assert get(silent, "name") == "Hall"
+
+
+def test_a_camera_that_comes_up_late_is_asked_once_more(lan, tmp_path):
+    """It is listened for as nobody knows it, and reports; by then it answers."""
+    camera = living(lan.camera())
+    keep_answers_back(camera)
+    process = start("apply", write(tmp_path, "mac,name", (camera, "Late")))
+    read_until(process, "listening for presence reports")
+    let_answers_through(camera)
+    with reporting(camera):
+        output, _ = process.communicate(timeout=120)
+    assert output.endswith("1 camera: 1 changed\n")
 
 
 @pytest.mark.parametrize("form", [PLAIN, JSON], ids=["plain", "json"])

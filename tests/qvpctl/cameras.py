@@ -1,8 +1,11 @@
 """What the tests share that run qvpctl against virtual cameras: the tool, and what a camera has to show for it."""
 import os
 import re
+import signal
 import subprocess
 import sys
+import threading
+from contextlib import contextmanager
 from pathlib import Path
 
 TREE = Path(__file__).resolve().parents[2]
@@ -54,6 +57,24 @@ def assert_fails(status, *arguments, words, code=None, **options):
 def living(camera):
     camera.let_its_address_change()
     return camera
+
+
+@contextmanager
+def reporting(camera):
+    """The camera reports every second meanwhile; by itself it does so every thirty."""
+    ended = threading.Event()
+
+    def ask():
+        while not ended.wait(1):
+            camera.signal(signal.SIGALRM)
+
+    thread = threading.Thread(target=ask)
+    thread.start()
+    try:
+        yield
+    finally:
+        ended.set()
+        thread.join()
 
 
 def mac(camera):

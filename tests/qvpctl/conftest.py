@@ -1,7 +1,9 @@
-"""Cameras for the tests that run on the virtual LAN; the others have networks of their own."""
+"""Cameras for the tests that run on the virtual LAN, and networks of their own for the others."""
 import pytest
-from cameras import DAEMON, living
+from cameras import DAEMON, TOOL, living
+from output_schema import check_output
 from support.camera import Lan
+from veth_network import Network
 
 
 @pytest.fixture(scope="module")
@@ -18,3 +20,20 @@ def lan(whole_lan):
 @pytest.fixture
 def camera(lan):
     return living(lan.camera())
+
+
+class CheckedNetwork(Network):
+    """What the tool prints with --json is held against the schema."""
+
+    def run_tool(self, *arguments, **options):
+        done = super().run_tool(*arguments, **options)
+        if "--json" in arguments and "stdout" not in options:
+            check_output(arguments[0], done.stdout.decode(), done.stderr.decode())
+        return done
+
+
+@pytest.fixture
+def network():
+    result = CheckedNetwork(TOOL)
+    yield result
+    result.close()

@@ -1,7 +1,12 @@
 """What the tests of the fleet's commands share: files of cameras, and what a run says of each camera."""
 import os
 import signal
+import socket
 import subprocess
+import threading
+from collections import Counter
+from contextlib import contextmanager
+from pathlib import Path
 
 import cameras
 from cameras import mac
@@ -32,16 +37,92 @@ def results(records, of):
     return [records[mac(camera)]["result"] for camera in of]
 
 
-def cut_off(site, words, *options):
+def cut_off(site, words, *options, **environment):
     """Kills a run as soon as it says that; all it has said."""
-    process = subprocess.Popen([cameras.TOOL, "apply", site, "--wait", "0.5", *options], stdout=subprocess.DEVNULL,
-                               stderr=subprocess.PIPE, text=True, env={**os.environ, "QVPCTL_PASSWORD": "admin"})
+    process = start("apply", site, *options, **environment)
+    said = read_until(process, words)
+    process.kill()
+    process.wait()
+    assert process.returncode == -signal.SIGKILL, said
+    return said
+
+
+def start(*arguments, **environment):
+    """A run that tells its steps."""
+    return subprocess.Popen([cameras.TOOL, *arguments, "--wait", "0.5"], stdin=subprocess.DEVNULL,
+                            stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+                            env={**os.environ, "QVPCTL_PASSWORD": "admin", **environment})
+
+
+def read_until(process, words):
+    """What it says, up to the line with these words."""
     said = ""
     for line in process.stderr:
         said += line
         if words in line:
-            process.kill()
-            break
-    process.wait()
-    assert words in said and process.returncode == -signal.SIGKILL, said
-    return said
+            return said
+    raise AssertionError(f"never said '{words}': {said}")
+
+
+def keep_answers_back(camera):
+    """What the camera sends to the tool gets lost; its broadcasts do not."""
+    camera.run("ip", "neighbour", "replace", "198.18.0.1", "lladdr", "02:00:5e:10:00:ff", "dev", "eth0", "nud", "permanent")
+
+
+def let_answers_through(camera):
+    camera.run("ip", "neighbour", "delete", "198.18.0.1", "dev", "eth0")
+
+
+def refused(datagram):
+    """By the status of its header."""
+    return datagram[16] == 3
+
+
+def discovered(datagram):
+    """By the command of its header."""
+    return datagram[4:6] == b"\xa1\x00"
+
+
+@contextmanager
+def answers_counted(matches):
+    """How many such answers come from each camera meanwhile, by its MAC; complete afterwards."""
+    counts = Counter()
+    with socket.socket(socket.AF_PACKET, socket.SOCK_RAW, socket.htons(3)) as wire:
+        wire.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, 1 << 22)
+        wire.bind(("lan0", 0))
+        yield counts
+        wire.setblocking(False)
+        while True:
+            try:
+                frame = wire.recv(2048)
+            except BlockingIOError:
+                break
+            datagram = frame[42:]  # behind the headers of Ethernet, IPv4 and UDP
+            if frame[23] == 17 and datagram[:2] == b"\xee\xfe" and matches(datagram):
+                counts[datagram[6:12].hex(":")] += 1
+
+
+@contextmanager
+def tools_watched():
+    """What every user of the machine sees of the tool while it runs: {first word behind its name: all texts}."""
+    seen, over = {}, threading.Event()
+
+    def look():
+        while not over.wait(0.01):
+            for process in Path("/proc").glob("[0-9]*"):
+                try:
+                    if (process / "exe").readlink() != Path(cameras.TOOL).resolve():
+                        continue
+                    words = (process / "cmdline").read_bytes().decode().split("\0")
+                    names = [file.read_text() for file in process.glob("task/*/comm")]
+                except OSError:  # it has ended
+                    continue
+                seen.setdefault(" ".join(words[1:2]), set()).update(words[2:], names)
+
+    thread = threading.Thread(target=look)
+    thread.start()
+    try:
+        yield seen
+    finally:
+        over.set()
+        thread.join()

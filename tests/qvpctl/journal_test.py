@@ -32,6 +32,7 @@ def test_killed_twice_and_gone_on_with_and_put_back(hall):
     words += cut_off(site, f"{mac(cameras[1])}: sent: password", "--resume")
     with journal.open("a") as file:
         file.write('{"mac":"half a li')
+    cameras[1].change_store("CAMSYSTEM", "CameraName", b"Meanwhile")  # what was there is what the first run found
     first = run(JSON, "apply", site, "--resume")
     assert {record["result"] for record in by_mac(first)[0].values()} <= {"changed", "unchanged"}
     for camera in cameras:
@@ -48,6 +49,21 @@ def test_killed_twice_and_gone_on_with_and_put_back(hall):
     texts = [journal.read_text(), words, plain.err, first.out, first.err, again.out, again.err, back.out, back.err]
     assert MARK not in "".join(texts)
     assert oct(journal.stat().st_mode & 0o777) == "0o600"
+
+
+def test_a_run_that_was_cut_off_is_put_back_and_over(hall):
+    """Some may have the old password still; the first has somebody else's by now, and keeps nobody back."""
+    cameras, site = hall
+    cut_off(site, f"{mac(cameras[1])}: sent: name, port and address", "--parallel", "2")
+    cameras[0].change_store("USER_ADMIN", "Password1", b"another")
+    both = ["--other-password", f"@{Path(site).parent / 'new'}"]
+    back, _ = by_mac(run(JSON, "revert", site + ".journal", *both, status=4))
+    assert back[mac(cameras[0])]["result"] == "failed"
+    for camera in cameras[1:]:
+        assert camera.store()["NETWORK_V4"]["IP"] == b"198.18.30.1"
+        assert camera.store()["CAMSYSTEM"]["CameraName"] == f"Camera {camera.number}".encode()
+    again, _ = by_mac(run(JSON, "apply", site, status=4))
+    assert results(again, cameras) == ["failed", "changed", "changed"]
 
 
 def test_a_second_run_is_kept_out(hall):
@@ -83,8 +99,10 @@ def test_what_is_no_journal_of_this_file(camera, tmp_path):
     run(PLAIN, "apply", site, "--journal", str(journal))
     write(tmp_path, "mac,name", (camera, "Two"))
     assert "or the file was changed since" in run(PLAIN, "apply", site, "--resume", "--journal", str(journal), status=2).err
-    journal.write_text("name,mac\n")
-    assert f"{journal} is no journal" in run(PLAIN, "revert", str(journal), status=2).err
+    for source in ("secret", "-"):
+        assert "must not stand on the command line" in run(
+            PLAIN, "revert", str(journal), "--other-password", source, status=2).err
+    assert f"{site} is no journal" in run(PLAIN, "revert", site, status=2).err
     assert get(camera, "name") == "One"
 
 

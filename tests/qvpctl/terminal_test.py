@@ -21,11 +21,11 @@ from fleet_files import write
 from support.waiting import PATIENCE, wait_until
 
 
-def start(*arguments, columns=80, **environment):
+def start(*arguments, columns=80, rows=24, **environment):
     pid, terminal = pty.fork()
     if pid == 0:
         os.execve(TOOL, [TOOL, *arguments], {**os.environ, "TERM": "xterm", **environment})
-    fcntl.ioctl(terminal, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
+    fcntl.ioctl(terminal, termios.TIOCSWINSZ, struct.pack("HHHH", rows, columns, 0, 0))
     return pid, terminal
 
 
@@ -101,6 +101,29 @@ def test_many_cameras_have_a_line_each(lan, tmp_path):
     assert status == 0
     left = [line.split() for line in screen.display if line.strip()]
     assert left[0] == ["CAMERA", "ADDRESS", "NAME", "RESULT", "WHY"] and len(left) == 4, left
+
+
+def test_the_line_of_a_camera_that_is_away_moves(camera, tmp_path):
+    gate = camera.gate("/etc/init.d/ipv4")
+    pid, terminal = start("apply", write(tmp_path, "mac,name", (camera, "Hall")), "--wait", "0.5", QVPCTL_PASSWORD="admin")
+    output = read_until(terminal, "]  1 s of up to 30 s  away: ")
+    gate.wait()
+    gate.open()
+    status, rest = finish(pid, terminal)
+    assert (status, "]  0 s of up to 30 s" in output, "1 of 1 done" in rest) == (0, True, True)
+
+
+def test_a_small_terminal_shows_the_cameras_that_something_is_done_with(lan, tmp_path):
+    """Five of them do not fit, so those that wait or are done are left out; a line is no wider than the terminal."""
+    cameras = [living(camera) for camera in lan.cameras(5)]
+    site = write(tmp_path, "mac,name", *((camera, "Hall") for camera in cameras))
+    status, output = on_terminal("apply", site, "--wait", "0.5", columns=40, rows=5)
+    assert status == 0
+    frames = [frame.splitlines() for frame in re.findall(r"(?:\x1b\[\d+A\r\x1b\[J|^)((?:[^\x1b]*\n)\d of 5 done\r?\n)", output)]
+    assert max(len(frame) for frame in frames) == 4
+    assert {line[19:] for frame in frames for line in frame if line[19:].startswith(("wait", "veri"))} == set()
+    assert all(len(line) < 40 for frame in frames for line in frame)
+    assert any("[..." in line for frame in frames for line in frame) and "5 of 5 done" in output
 
 
 # --- Prompts ----------------------------------------------------------------------------------------------------------

@@ -3,29 +3,9 @@
 pytest itself runs inside the virtual LAN:
   virtual-camera/virtual-camera run -n 0 -- /usr/bin/python3 -m pytest tests/qvpctl/unboxing_test.py
 """
-import signal
-import threading
-from contextlib import contextmanager
-
 import pytest
-from cameras import JSON, PLAIN, assert_fails, discover, living, mac, run, value
+from cameras import JSON, PLAIN, assert_fails, discover, living, mac, reporting, run, value
 from support.waiting import wait_until
-
-
-@contextmanager
-def reporting(camera):
-    """The camera reports every second meanwhile; by itself it does so every thirty."""
-    ended = threading.Event()
-
-    def ask():
-        while not ended.wait(1):
-            camera.signal(signal.SIGALRM)
-
-    thread = threading.Thread(target=ask)
-    thread.start()
-    yield
-    ended.set()
-    thread.join()
 
 
 @pytest.mark.parametrize("form", [PLAIN, JSON], ids=["plain", "json"])

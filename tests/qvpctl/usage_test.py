@@ -17,7 +17,8 @@ COMMANDS = ["", "discover", "watch", "show", "get", "set", "passwd", "verify", "
 @pytest.mark.parametrize("arguments", [
     [], ["frobnicate"], ["--frobnicate"], ["discover", "extra"], ["discover", "--wait", "0"],
     ["discover", "--wait", "nan"], ["discover", "-i"], ["discover", "-i", ""], ["watch", "--count", "0"],
-    ["watch", "--count", "-1"], ["watch", "--frobnicate"], ["discover", "--expect", "0"], ["get"], ["set", "Gate"],
+    ["watch", "--count", "-1"], ["watch", "--retries", "1"], ["watch", "--wait", "1"], ["watch", "--metrics", ""],
+    ["watch", "--frobnicate"], ["discover", "--expect", "0"], ["get"], ["set", "Gate"],
     ["discover", "--retries", "-1"], ["discover", "--family", "other"], ["help", "frobnicate"],
     ["help", "manual", "frobnicate"], ["passwd", "a", "b"], ["plan"], ["apply"], ["diff"], ["export"], ["revert"],
     ["apply", "site.csv", "--parallel", "65"],
@@ -84,7 +85,7 @@ def test_each_command_has_a_page_of_the_manual(command):
     sections = re.findall(r"^\.SH (.*)", page, re.M)
     assert sections[:4] == ["NAME", "SYNOPSIS", "DESCRIPTION", "OPTIONS"]
     assert ("SETTINGS" in sections) == (command in ("get", "set"))
-    assert ("SECRETS" in sections) == (command in ("set", "passwd"))
+    assert ("SECRETS" in sections) == (command in ("set", "passwd", "revert"))
 
 
 def test_only_the_manual_has_pages_of_commands():

@@ -119,6 +119,26 @@ class Network:
                                                    stderr=subprocess.PIPE))
         return self.processes[-1]
 
+    def _udp_sockets(self):
+        """The rows of the tool's namespace, each a list of words."""
+        table = subprocess.run([*self.tool_host.enter, "cat", "/proc/net/udp"], capture_output=True, check=True)
+        return [row.split() for row in table.stdout.decode().splitlines()[1:]]
+
+    def wait_until_listening(self, process):
+        """Until a socket is bound to the broadcast address and the port."""
+        deadline = time.monotonic() + PATIENCE
+        while all(row[1] != "FFFFFFFF:F600" for row in self._udp_sockets()):
+            assert process.poll() is None, process.stderr.read()
+            assert time.monotonic() < deadline, "the tool does not listen"
+            time.sleep(0.01)
+
+    def wait_until_read(self):
+        """Until no datagram waits in a socket."""
+        deadline = time.monotonic() + PATIENCE
+        while any(int(row[4].split(":")[1], 16) for row in self._udp_sockets()):
+            assert time.monotonic() < deadline, "the tool does not read"
+            time.sleep(0.01)
+
     def close(self):
         for camera in self.cameras:
             camera.close()

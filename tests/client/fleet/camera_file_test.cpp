@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 
 #include "client/error.h"
+#include "client/fleet/camera_check.h"
 #include "client/text.h"
 
 using namespace client;

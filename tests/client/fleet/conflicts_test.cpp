@@ -71,6 +71,14 @@ TEST_F(Conflicts, AnAddressThatIsFreeOnlyLater) {
                                          "moved: do that first, with a file of its own"));
 }
 
+TEST_F(Conflicts, TwoThatSwapTheirAddresses) {
+    camera(1, "192.0.2.10", "192.0.2.11");
+    camera(2, "192.0.2.11", "192.0.2.10");
+    const std::string way = ", which is to get its own: first give one of them a free address, with a file of its own";
+    EXPECT_THAT(conflicts(), ElementsAre("1 ipv4.address 192.0.2.11 is that of camera 02:00:5e:10:00:02" + way,
+                                         "2 ipv4.address 192.0.2.10 is that of camera 02:00:5e:10:00:01" + way));
+}
+
 TEST_F(Conflicts, AnAddressOfSomeOtherHost) {
     camera(1, "192.0.2.10", "192.0.2.20");
     hosts = {{{{192, 0, 2, 20}}, {{2, 0, 0, 0, 0, 0x99}}}};

@@ -1,102 +1,18 @@
-"""qvpctl against cameras that answer in every form, each test on networks of its own."""
+"""qvpctl discover against cameras that answer in every form, each test on networks of its own."""
 import json
 import os
-import pathlib
 import pty
-import re
 import signal
 import subprocess
-import sys
-import time
 
 import pytest
-from output_schema import check_output
-from veth_network import PATIENCE, Network, line_within
+from cameras import TOOL
+from datagrams import reply, report
+from veth_network import PATIENCE
 
-TOOL = os.environ.get("QVPCTL", str(pathlib.Path(__file__).parents[2] / "build/release/qvpctl"))
-MAC = "02005e1000af"
 CSV_HEADING = b"mac,address,name,product,firmware,url,problems\r\n"
-
-
-
-# --- Datagrams, by hand -----------------------------------------------------------------------------------------------
-
-def reply(mac=MAC, name=b"Front door", address=(10, 9, 0, 2), port=80, changes=()):
-    """A discovery reply of 505 bytes in hexadecimal, with 'SSSS' in the place of the sequence."""
-    data = bytearray(505)
-    data[0:2] = b"\xee\xfe"
-    data[4:6] = b"\xa1\x00"
-    data[6:12] = bytes.fromhex(mac)
-    data[12:16] = bytes(address)
-    data[18:22] = b"\x02\x00\xe3\x01"
-    put(data, 22, b"Brand")
-    put(data, 86, b"Product")
-    put(data, 150, b"Model")
-    put(data, 182, b"1.05")
-    data[214:217] = b"\x03\x00\x01"
-    data[220:226] = bytes.fromhex(mac)
-    put(data, 226, name)
-    data[290:294] = bytes(address)
-    data[294:296] = port.to_bytes(2, "big")
-    data[298:302] = b"\xff\xff\xff\x00"
-    data[302:306] = b"\x0a\x09\x00\x01"
-    data[306:310] = b"\x0a\x09\x00\x35"
-    data[314] = 1
-    put(data, 315, b"20260131235958")
-    data[331:333] = b"\x2c\x01"
-    put(data, 366, b"Rev B")
-    for offset, value in changes:
-        put(data, offset, value)
-    text = data.hex()
-    return text[:4] + "SSSS" + text[8:]
-
-
-def report(sequence=0, name=b"Front door", changes=()):
-    """A presence report of 317 bytes in hexadecimal."""
-    data = bytearray(317)
-    data[0:2] = b"\xff\xff"
-    data[2:4] = sequence.to_bytes(2, "little")
-    data[4:6] = b"\xa0\x00"
-    data[6:12] = bytes.fromhex(MAC)
-    data[12:16] = b"\x0a\x09\x00\x02"
-    data[18:22] = b"\x02\x00\x27\x01"
-    put(data, 22, b"Product")
-    put(data, 86, b"3")
-    put(data, 118, b"1.05")
-    data[150:156] = bytes.fromhex(MAC)
-    put(data, 156, b"Rev B")
-    put(data, 220, name)
-    data[284:292] = b"\x0a\x09\x00\x02\xff\xff\xff\x00"
-    for offset, value in changes:
-        put(data, offset, value)
-    return data.hex()
-
-
 SENT_FROM_2 = (12, bytes([10, 9, 0, 2]))  # where the first link's camera is, whatever address it shows
 
-
-def put(data, offset, value):
-    data[offset:offset + len(value)] = value
-
-
-class CheckedNetwork(Network):
-    """What the tool prints with --json is held against the schema."""
-
-    def run_tool(self, *arguments, **options):
-        done = super().run_tool(*arguments, **options)
-        if "--json" in arguments and "stdout" not in options:
-            check_output(arguments[0], done.stdout.decode(), done.stderr.decode())
-        return done
-
-
-@pytest.fixture
-def network():
-    result = CheckedNetwork(TOOL)
-    yield result
-    result.close()
-
-
-# --- discover ---------------------------------------------------------------------------------------------------------
 
 def test_asks_by_broadcast_and_shows_a_table(network):
     camera = network.camera(network.link(), answers=[reply()])
@@ -232,10 +148,10 @@ def test_finds_a_camera_that_is_only_heard(network):
     """Its answers go to a gateway of its own, so its presence report is all that comes."""
     host = network.link()
     process = network.start_tool("discover", "--json", "--wait", "600")
-    wait_until_listening(network, process)
+    network.wait_until_listening(process)
     network.camera(host, broadcasts=[report(changes=[(284, b"\xc0\xa8\x00\x14")])])
     network.camera(network.link(), answers=[])  # another network changes nothing
-    wait_until_read(network)
+    network.wait_until_read()
     process.send_signal(signal.SIGINT)
     output, errors = process.communicate(timeout=PATIENCE)
     assert (process.returncode, errors) == (0, b"")
@@ -322,6 +238,19 @@ def test_the_landap_family(network):
     assert {request[18] for request in camera.close()} == {1}
 
 
+def on_terminal(network, *arguments):
+    """What the tool writes to a terminal that is its standard error."""
+    ours, theirs = pty.openpty()
+    result = network.run_tool(*arguments, stdout=subprocess.DEVNULL, stderr=theirs)
+    os.close(theirs)
+    assert result.returncode == 0
+    text = b""
+    while b"\n" not in text:
+        text += os.read(ours, 1024)
+    os.close(ours)
+    return text.decode()
+
+
 def test_a_terminal_gets_a_summary(network):
     network.camera(network.link(), answers=[reply()])
     assert on_terminal(network, "discover", "--expect", "1") == "1 camera on tool0\r\n"
@@ -330,9 +259,9 @@ def test_a_terminal_gets_a_summary(network):
 def test_stopped_it_shows_what_was_found(network):
     network.camera(network.link(), answers=[reply()])
     process = network.start_tool("discover", "--wait", "600")
-    wait_until_listening(network, process)
+    network.wait_until_listening(process)
     network.cameras[0].wait_for_request()
-    wait_until_read(network)
+    network.wait_until_read()
     process.send_signal(signal.SIGINT)
     output, errors = process.communicate(timeout=PATIENCE)
     assert (process.returncode, errors) == (0, b"")
@@ -386,7 +315,6 @@ def test_an_interface_that_cannot_be_used_is_named(network):
         result = network.run_tool("discover", "-i", name)
         assert (result.returncode, result.stdout) == (3, b"")
         assert result.stderr.decode() == f"qvpctl: interface {name}: {reason}\n"
-    assert network.run_tool("watch", "-i", "nope0").returncode == 3
 
 
 def test_without_any_interface_ends_with_3(network):
@@ -403,124 +331,3 @@ def test_output_that_cannot_be_written_ends_with_3(network):
         assert result.returncode == 3
         message = json.loads(result.stderr)["error"]["message"] if "--json" in arguments else result.stderr.decode()
         assert message.removeprefix("qvpctl: ").startswith("cannot write the output: ")
-
-
-# --- watch ------------------------------------------------------------------------------------------------------------
-
-def listens(network):
-    """True once a socket of the tool's namespace is bound to the broadcast address and the port."""
-    table = subprocess.run([*network.tool_host.enter, "cat", "/proc/net/udp"], capture_output=True, check=True)
-    return b" FFFFFFFF:F600 " in table.stdout
-
-
-def wait_until_listening(network, process):
-    deadline = time.monotonic() + PATIENCE
-    while not listens(network):
-        assert process.poll() is None, process.stderr.read()
-        assert time.monotonic() < deadline, "the tool does not listen"
-        time.sleep(0.01)
-
-
-def wait_until_read(network):
-    """Until no datagram waits in a socket of the tool's namespace."""
-    def queues():
-        rows = subprocess.run([*network.tool_host.enter, "cat", "/proc/net/udp"], capture_output=True, check=True)
-        return [line.split()[4].split(b":")[1] for line in rows.stdout.splitlines()[1:]]
-
-    deadline = time.monotonic() + PATIENCE
-    while any(int(queue, 16) for queue in queues()):
-        assert time.monotonic() < deadline, "the tool does not read"
-        time.sleep(0.01)
-
-
-def on_terminal(network, *arguments):
-    """What the tool writes to a terminal that is its standard error."""
-    ours, theirs = pty.openpty()
-    result = network.run_tool(*arguments, stdout=subprocess.DEVNULL, stderr=theirs)
-    os.close(theirs)
-    assert result.returncode == 0
-    text = b""
-    while b"\n" not in text:
-        text += os.read(ours, 1024)
-    os.close(ours)
-    return text.decode()
-
-
-def start_watch(network, *arguments):
-    process = network.start_tool("watch", *arguments)
-    wait_until_listening(network, process)
-    return process
-
-
-def test_watch_shows_reports_as_they_come(network):
-    process = start_watch(network)
-    network.camera(network.link(), broadcasts=[report(7)])
-    assert line_within(process.stdout) == (
-        "TIME                       MAC                ADDRESS          NAME              PRODUCT           FIRMWARE")
-    line = line_within(process.stdout)
-    assert re.fullmatch(r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d[+-]\d\d:\d\d  02:00:5e:10:00:af  10\.9\.0\.2 {9}Front door {8}"
-                        r"Product {11}1\.05", line)
-    assert process.poll() is None
-
-
-@pytest.mark.parametrize("stop", [signal.SIGINT, signal.SIGTERM])
-def test_watch_ends_with_0_when_stopped(network, stop):
-    process = start_watch(network)
-    line_within(process.stdout)
-    process.send_signal(stop)
-    assert process.wait(PATIENCE) == 0
-    assert process.stderr.read() == b""
-
-
-def test_watch_tells_reports_from_forgeries(network):
-    process = start_watch(network, "--json", "--count", "2")
-    forged = ["", "ff", report(1)[:2 * 316], report(1) + "00", report(1) + "00" * 707, report(1) + "00" * 900,
-              report(1, changes=[(0, b"\xee\xfe")]), report(1, changes=[(0, b"\xfd\xfd")]),
-              report(1, changes=[(4, b"\xa1\x00")]), report(1, changes=[(4, b"\xa0\x01")]),
-              report(1, changes=[(18, b"\x01\x00")]), report(1, changes=[(20, b"\x28\x01")]),
-              reply().replace("SSSS", "0000"), "ff" * 317]
-    network.camera(network.link(), broadcasts=forged + [report(0x1234)] + forged + [report(3, b"\x1b[2J\xff")])
-    output, errors = process.communicate(timeout=PATIENCE)
-    assert (process.returncode, errors) == (0, b"")
-    first, second = [json.loads(line) for line in output.decode("ascii").splitlines()]
-    assert re.fullmatch(r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d[+-]\d\d:\d\d", first.pop("time"))
-    assert first == {"mac": "02:00:5e:10:00:af", "address": "10.9.0.2", "netmask": "255.255.255.0",
-                     "name": "Front door", "product": "Product", "firmware": "1.05", "hardware": "Rev B",
-                     "sequence": 0x1234, "interface": "tool0"}
-    assert (second["sequence"], second["name"]) == (3, "\x1b[2J\ufffd")
-
-
-def test_watch_keeps_to_the_named_interface(network):
-    first, second = network.link(), network.link()
-    process = start_watch(network, "--json", "-i", "tool1", "--count", "1")
-    network.camera(first, broadcasts=[report(1)])
-    network.camera(second, broadcasts=[report(2)])
-    output, _ = process.communicate(timeout=PATIENCE)
-    assert [json.loads(line)["sequence"] for line in output.splitlines()] == [2]
-
-
-@pytest.mark.parametrize("watch_is_first", [True, False])
-def test_watch_leaves_a_service_on_the_port_its_datagrams(network, watch_is_first):
-    """Both hold the port; a broadcast reaches both, what is sent to the machine alone reaches the service."""
-    host = network.link()
-    service = ("import socket, sys\n"
-               "s = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)\n"
-               "s.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)\n"
-               "s.bind(('0.0.0.0', 62976))\n"
-               "print('ready', flush=True)\n"
-               "while True: print(len(s.recv(2048)), flush=True)\n")
-
-    def start_service():
-        process = network.tool_host.start(sys.executable, "-c", service, stdout=subprocess.PIPE)
-        network.processes.append(process)
-        assert line_within(process.stdout) == "ready"
-        return process
-
-    early = None if watch_is_first else start_service()
-    watch = start_watch(network, "--json", "--count", "1")
-    other = early or start_service()
-    host.run(sys.executable, "-c", "import socket\ns = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)\n"
-                                   "for _ in range(3): s.sendto(b'x' * 22, ('10.9.0.1', 62976))\n")
-    network.camera(host, broadcasts=[report(5)])
-    assert json.loads(line_within(watch.stdout))["sequence"] == 5
-    assert [line_within(other.stdout) for _ in range(4)] == ["22", "22", "22", "317"]
