@@ -32,11 +32,12 @@ static ssize_t writeSome(const char* text, size_t length) {
     return -1;
 }
 
-// False when there was no room. Where nobody can read it any more, nothing is to be told later.
-static bool putWhole(const char* text, size_t length) {
+// False when there was no room; `written` is what the first attempt has come to. Where nobody can read it any more,
+// there is nothing to tell later.
+static bool putRest(const char* text, size_t length, ssize_t written) {
+    const char* left = text;
     const char* const end = text + length;
-    for (const char* left = text; left != end;) {
-        const ssize_t written = writeSome(left, static_cast<size_t>(end - left));
+    for (;; written = writeSome(left, static_cast<size_t>(end - left))) {
         if (written < 0 && errno == EINTR) continue;
         if (written < 0 && errno == EAGAIN) {
             if (left != text) __atomic_store_n(&g_uIsCut, uint32_t{1}, __ATOMIC_RELAXED);
@@ -44,27 +45,41 @@ static bool putWhole(const char* text, size_t length) {
         }
         if (written <= 0) return true;
         left += written;
+        if (left == end) return true;
     }
-    return true;
 }
+
+static bool putWhole(const char* text, size_t length) { return putRest(text, length, writeSome(text, length)); }
 
 static bool tellDropped() {
     char line[80];
     const uint32_t dropped = __atomic_load_n(&g_uDropped, __ATOMIC_RELAXED);
-    const char* const start = __atomic_exchange_n(&g_uIsCut, uint32_t{0}, __ATOMIC_RELAXED) != 0 ? "\n" : "";
-    const int length =
-        snprintf(line, sizeof line, "%sqvp: lines of trace dropped because nobody took them: %u\n", start, dropped);
+    const bool isCut = __atomic_exchange_n(&g_uIsCut, uint32_t{0}, __ATOMIC_RELAXED) != 0;
+    const int length = snprintf(line, sizeof line, "%sqvp: lines of trace dropped because nobody took them: %u\n",
+                                isCut ? "\n" : "", dropped);
     if (!putWhole(line, static_cast<size_t>(length))) {
-        if (start[0] != '\0') __atomic_store_n(&g_uIsCut, uint32_t{1}, __ATOMIC_RELAXED);
+        if (isCut) __atomic_store_n(&g_uIsCut, uint32_t{1}, __ATOMIC_RELAXED);
         return false;
     }
     __atomic_sub_fetch(&g_uDropped, dropped, __ATOMIC_RELAXED);
     return true;
 }
 
+static void drop() { __atomic_add_fetch(&g_uDropped, 1, __ATOMIC_RELAXED); }
+
+// Apart from what every line takes.
+[[gnu::noinline]] static void putSlowly(const char* line, size_t length, ssize_t written) {
+    if (!putRest(line, length, written)) drop();
+}
+
+[[gnu::noinline]] static void putAfterDropped(const char* line, size_t length) {
+    if (!tellDropped() || !putWhole(line, length)) drop();
+}
+
 void putTrace(const char* line, size_t length) {
-    const bool isTold = __atomic_load_n(&g_uDropped, __ATOMIC_RELAXED) == 0 || tellDropped();
-    if (!isTold || !putWhole(line, length)) __atomic_add_fetch(&g_uDropped, 1, __ATOMIC_RELAXED);
+    if (__atomic_load_n(&g_uDropped, __ATOMIC_RELAXED) != 0) return putAfterDropped(line, length);
+    const ssize_t written = g_nWay == Way::Write ? write(g_nOutput, line, length) : writeSome(line, length);
+    if (written != static_cast<ssize_t>(length)) putSlowly(line, length, written);
 }
 
 // A file never waits, and its place in it is shared with others who write. Not O_NONBLOCK on standard error itself: a
