@@ -17,7 +17,7 @@ HELD = {
     "alert information: calls": 6.2,
     "discovery: instructions": 5_100,
     "discovery, landap: instructions": 5_100,
-    "stripped for MIPS, bytes": 74_000,
+    "stripped for MIPS, bytes": 75_900,  # 1,800 of them for traces that wait for nobody and an interface made again
 }
 
 # Shown only.

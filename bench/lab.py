@@ -8,6 +8,7 @@ import signal
 import socket
 import struct
 import subprocess
+import sys
 import time
 
 TREE = pathlib.Path(__file__).resolve().parents[1]
@@ -63,6 +64,8 @@ def enter_network(name):
 
 
 def make_lab():
+    if os.getpid() != 1:  # the first process of namespaces of its own: what follows would change this machine
+        sys.exit("to be run by bench/in_lab")
     sh("mount -t tmpfs -o mode=755 run /run && mkdir /run/bench")
     make_etc(STATE / "etc")
     sh(f"""mount --bind {STATE}/etc /etc

@@ -1,4 +1,4 @@
-// Which device this is: the served interface and its MAC, fixed once at start-up and read by every handler.
+// Which device this is: the served interface and its MAC, read by every handler.
 #pragma once
 
 #include <stdint.h>
@@ -8,3 +8,6 @@ extern uint8_t g_uDeviceMac[6];     // zero when the interface has none
 
 // Takes the name from the command line and asks the platform for the MAC. Returns 0, or -1 for a null name.
 int initDevice(const char* interfaceName);
+
+// Asks for the MAC anew, of an interface that was made again.
+void readDeviceMac();

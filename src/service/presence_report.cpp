@@ -15,6 +15,7 @@
 #include "protocol/opcodes.h"
 #include "protocol/packet_header.h"
 #include "protocol/presence_report.h"
+#include "service/interface_binding.h"
 #include "service/service_state.h"
 #include "system/signal_window.h"
 #include "util/command.h"
@@ -71,6 +72,7 @@ void sendPresenceReport(int) {
     int interrupted = errno;
     closeSignalWindow();  // to the end of the handler: nothing interrupts its store accesses either
     beginRequest();
+    keepBoundToInterface();
     memset(g_pGeneralReportBuffer, 0, kReportBufferSize);
     int length = general_report(g_pGeneralReportBuffer, kReportBufferSize);
     if (length >= 1) broadcast(g_pGeneralReportBuffer, length);

@@ -2,7 +2,6 @@
 #include <arpa/inet.h>
 #include <errno.h>
 #include <malloc.h>
-#include <net/if.h>
 #include <netinet/in.h>
 #include <signal.h>
 #include <stddef.h>
@@ -16,6 +15,7 @@
 #include "handlers/qvp_function.h"
 #include "landap/landap_function.h"
 #include "protocol/packet_header.h"
+#include "service/interface_binding.h"
 #include "service/pid_file.h"
 #include "service/presence_report.h"
 #include "service/receive_loop.h"
@@ -25,6 +25,7 @@
 #include "system/signal_window.h"
 #include "system/standard_descriptors.h"
 #include "system/trace.h"
+#include "system/trace_output.h"
 #include "upgrade/download_state.h"
 
 static constexpr useconds_t kDrainMicroseconds = 200;
@@ -51,16 +52,8 @@ static int setOption(int option, const void* value, size_t size) {
 }
 
 static int setSocketOptions(const char* interfaceName) {
-    struct {
-        char name[IFNAMSIZ];
-        uint8_t rest[16];
-    } interface = {};
-    static_assert(sizeof interface == 32);
-    memcpy(interface.name, interfaceName, strnlen(interfaceName, sizeof interface.name));
     const int on = 1;
-    if (setOption(SO_BINDTODEVICE, &interface, sizeof interface) < 0) {
-        return fail(212, "setsockopt: SO_BINDTODEVICE failed");
-    }
+    if (bindToInterface(interfaceName) < 0) return fail(212, "setsockopt: SO_BINDTODEVICE failed");
     if (setOption(SO_BROADCAST, &on, sizeof on) < 0) return fail(220, "setsockopt: SO_BROADCAST failed");
     if (setOption(SO_REUSEADDR, &on, sizeof on) < 0) return fail(228, "setsockopt: SO_REUSEADDR failed");
     return 0;
@@ -146,6 +139,7 @@ int main(int argc, char* argv[]) {
     if (tellAbout(argv[1])) return 0;
     const char* interfaceName = argv[1];
     openStandardDescriptors();
+    openTraceOutput();
     blockSignals();
     if (takePidFile(interfaceName) != 0) return -1;
     memset(&g_stDownThread, 0, sizeof g_stDownThread);

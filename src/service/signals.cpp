@@ -10,8 +10,8 @@
 
 static constexpr char kName[] = "signal_handler";
 
-// SIGPIPE, so that a closed trace pipe does not end the daemon.
-static constexpr int kIgnored[] = {SIGHUP, SIGABRT, SIGUSR2, SIGCHLD, SIGTSTP, SIGTTIN, SIGTTOU, SIGPIPE};
+// SIGPIPE and SIGXFSZ, so that neither a closed trace pipe nor a file that may not grow ends the daemon.
+static constexpr int kIgnored[] = {SIGHUP, SIGABRT, SIGUSR2, SIGCHLD, SIGTSTP, SIGTTIN, SIGTTOU, SIGPIPE, SIGXFSZ};
 static constexpr int kHandled[] = {SIGINT, SIGQUIT, SIGTERM, SIGUSR1};
 
 void signal_handler(int number) {

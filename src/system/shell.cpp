@@ -17,12 +17,13 @@ static constexpr int kMostDescriptors = FD_SETSIZE;
 static void ignoreSignal(int) {}
 
 // A handler, where the daemon has one, gives way to one that does nothing, and that to the default when the command
-// starts. What the daemon ignores stays ignored but for SIGPIPE.
+// starts. What the daemon ignores stays ignored but for SIGPIPE and SIGXFSZ.
 static void forgetSignals() {
     for (int number : kWindowSignals) {
         if (signal(number, ignoreSignal) == SIG_IGN) signal(number, SIG_IGN);
     }
     signal(SIGPIPE, SIG_DFL);
+    signal(SIGXFSZ, SIG_DFL);
     sigprocmask(SIG_SETMASK, originalSignalMask(), nullptr);
 }
 

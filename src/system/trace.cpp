@@ -1,21 +1,11 @@
 #include "system/trace.h"
 
-#include <errno.h>
 #include <stdarg.h>
 #include <stddef.h>
 #include <stdio.h>
 #include <string.h>
-#include <unistd.h>
 
-static void writeWhole(const char* text, int length) {
-    while (length > 0) {
-        ssize_t written = write(STDERR_FILENO, text, static_cast<size_t>(length));
-        if (written < 0 && errno == EINTR) continue;
-        if (written <= 0) return;
-        text += written;
-        length -= static_cast<int>(written);
-    }
-}
+#include "system/trace_output.h"
 
 // Length of what vsnprintf left in a buffer with that much room.
 static int cut(int wanted, int room) { return wanted < 0 ? 0 : wanted < room ? wanted : room - 1; }
@@ -26,7 +16,7 @@ void trace(const char* format, ...) {
     va_start(arguments, format);
     int length = cut(vsnprintf(line, sizeof line, format, arguments), kTraceLineSize);
     va_end(arguments);
-    writeWhole(line, length);
+    putTrace(line, static_cast<size_t>(length));
 }
 
 void traceService(const char* function, int line, const char* format, ...) {
@@ -38,7 +28,7 @@ void traceService(const char* function, int line, const char* format, ...) {
     length += cut(vsnprintf(text + length, static_cast<size_t>(room), format, arguments), room);
     va_end(arguments);
     text[length++] = '\n';
-    writeWhole(text, length);
+    putTrace(text, static_cast<size_t>(length));
 }
 
 void traceAdd(TraceLine& line, const char* word, size_t length) {
@@ -61,4 +51,4 @@ void traceAdd(TraceLine& line, int number) {
     traceAdd(line, start, static_cast<size_t>(end - start));
 }
 
-void traceWrite(const TraceLine& line) { writeWhole(line.text, static_cast<int>(line.length)); }
+void traceWrite(const TraceLine& line) { putTrace(line.text, line.length); }

@@ -1,5 +1,5 @@
-// Trace lines on standard error. Each is put together first and handed to one write(2), so that lines of the worker's
-// thread do not mix with others; what the system takes only in part is written in several.
+// Trace lines on standard error. Each is put together first and written at once, so that lines of the worker's thread
+// do not mix with others; one for which there is no room is dropped.
 #pragma once
 
 #include <stddef.h>

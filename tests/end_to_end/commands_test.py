@@ -44,7 +44,7 @@ def test_a_command_has_no_signal_held_off_or_hidden(tool, camera):
     _, masks = look_around(tool, camera)
     assert masks["Blk"] == 0
     # bash itself ignores SIGQUIT.
-    stops = (signal.SIGINT, signal.SIGTERM, signal.SIGPIPE, signal.SIGALRM, signal.SIGUSR1)
+    stops = (signal.SIGINT, signal.SIGTERM, signal.SIGPIPE, signal.SIGALRM, signal.SIGUSR1, signal.SIGXFSZ)
     assert masks["Ign"] & mask_of(stops) == 0
 
 

@@ -135,3 +135,15 @@ def test_a_daemon_that_was_started_with_closed_descriptors(tool, empty_camera, c
     expected = before.replace(b"CameraName=Camera %d" % empty_camera.number, b"CameraName=Closed")
     assert empty_camera.store_file.read_bytes() == expected.replace(b"Port=80", b"Port=81")
     assert empty_camera.commands()[-1] == "/etc/init.d/ipv4 restart"
+
+
+def test_a_file_size_limit(tool, empty_camera):
+    """A store that cannot be written is a failed request, not the end of the daemon."""
+    before = empty_camera.store_file.read_bytes()
+    run = empty_camera.start_daemon("eth0", prefix=["prlimit", "--fsize=1"], stderr=subprocess.DEVNULL)
+    wait_until(lambda: ":F600 " in empty_camera.run("cat", "/proc/net/udp"), "the daemon's port")
+    tool.ask(empty_camera, basic_info(empty_camera, name=b"Too long"))
+    tool.assert_in_step(empty_camera)
+    assert empty_camera.store_file.read_bytes() == before
+    run.signal(15)
+    assert run.exit_status() == 0

@@ -242,7 +242,7 @@ std::string dispositionOf(int number) {
 }
 
 TEST_F(Start, InstallsItsSignalDispositions) {
-    const int ignored[] = {SIGHUP, SIGABRT, SIGUSR2, SIGCHLD, SIGTSTP, SIGTTIN, SIGTTOU, SIGPIPE};
+    const int ignored[] = {SIGHUP, SIGABRT, SIGUSR2, SIGCHLD, SIGTSTP, SIGTTIN, SIGTTOU, SIGPIPE, SIGXFSZ};
     const int handled[] = {SIGINT, SIGQUIT, SIGTERM, SIGUSR1};
     fake::beforeWait([&] {
         for (const int number : ignored) fake::record("ignored? " + dispositionOf(number));
@@ -250,7 +250,7 @@ TEST_F(Start, InstallsItsSignalDispositions) {
         fake::record("alarm? " + dispositionOf(SIGALRM).substr(0, 7));
     });
     runDaemon();
-    EXPECT_THAT(fake::eventsOf({"ignored?"}), testing::AllOf(testing::SizeIs(8), testing::Each("ignored? ignored")));
+    EXPECT_THAT(fake::eventsOf({"ignored?"}), testing::AllOf(testing::SizeIs(9), testing::Each("ignored? ignored")));
     EXPECT_THAT(fake::eventsOf({"handled?"}),
                 testing::AllOf(testing::SizeIs(4), testing::Each("handled? handled restart nodefer nocldwait")));
     EXPECT_THAT(fake::eventsOf({"alarm?"}), ElementsAre("alarm? handled"));

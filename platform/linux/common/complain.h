@@ -1,5 +1,6 @@
 // One line on standard error for whoever runs the camera.
 #pragma once
 
-// Writes the text behind "qvp platform: " as one line.
+// Writes the text behind "qvp platform: " as one line. One for which standard error has no room is dropped, and the
+// next says how many were: a reader that hangs does not hold up the camera.
 void complain(const char* format, ...) __attribute__((format(printf, 1, 2)));

@@ -189,9 +189,14 @@ static int changeOnce(const StoreFolder& folder, int key, const char* value) {
     return 0;
 }
 
+static uint32_t busyIn;  // the request that has waited in vain for another writer
+
 static int change(int key, const char* value) {
     StoreFolder folder;
-    if (lockStoreFolder(storePath(), folder) != 0) return -1;
+    if (lockStoreFolder(storePath(), folder) != 0) {
+        if (errno == EWOULDBLOCK) busyIn = requestNumber;
+        return -1;
+    }
     int result = -1;
     for (int attempt = 0; attempt < kMostAttempts; attempt++) {
         result = changeOnce(folder, key, value);
@@ -200,7 +205,9 @@ static int change(int key, const char* value) {
     return closeKeepingErrno(folder.descriptor, result);
 }
 
+// One wait a request is what the camera can be away for; what is left of the request has no better chance.
 int storeSet(int key, const char* value) {
+    if (busyIn != 0 && busyIn == requestNumber) return -1;
     if (change(key, value) == 0) return 0;
     const char* reason = errno == EAGAIN ? "another program keeps it busy" : strerror(errno);
     complain("cannot write %s/%s to %s: %s", storeKey(key).section, storeKey(key).name, storePath(), reason);

@@ -11,5 +11,6 @@ const char* storePath();
 const StoredValues* storeLoad();
 
 // Sets one key in the file as it is on disk now, under a lock; a file that has the very bytes already is not written,
-// only synced. Returns 0 once the value is safe from a power cut, or -1 after a line on standard error.
+// only synced. Returns 0 once the value is safe from a power cut, or -1 after a line on standard error. When another
+// writer holds the lock for some seconds, the other keys of the same request fail at once and without a line.
 int storeSet(int key, const char* value);

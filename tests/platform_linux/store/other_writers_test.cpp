@@ -105,3 +105,27 @@ TEST_F(StoreTest, WaitsForAnotherWriterOnlySoLong) {
     EXPECT_EQ(bytes(), kNew);
     close(other);
 }
+
+TEST_F(StoreTest, WaitsOnceARequestForAnotherWriter) {
+    put(kOld);
+    const int other = open(folder.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ASSERT_EQ(flock(other, LOCK_EX), 0);
+    requestBegins();
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(writeText("INFO", "Product", "new"), -1);
+    int tries = 0;
+    {
+        CaughtFileCalls caught({.before = [&](const std::string& name) { tries += name == "flock" ? 1 : 0; }});
+        EXPECT_EQ(writeText("INFO", "Product", "new"), -1);
+        EXPECT_EQ(writeText("CAMSYSTEM", "CameraName", "Yard"), -1);
+    }
+    const std::string said = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
+    EXPECT_NE(said.find("another program keeps it busy"), std::string::npos);
+    EXPECT_EQ(tries, 0);
+    EXPECT_EQ(bytes(), kOld);
+    close(other);
+    requestBegins();
+    EXPECT_EQ(writeText("INFO", "Product", "new"), 0);
+    EXPECT_EQ(bytes(), kNew);
+}

@@ -1,0 +1,63 @@
+"""The served interface goes away, comes back, or gets another name, while the daemon serves it."""
+import signal
+import subprocess
+
+from support.camera import TREE
+from support.requests import discovery
+from support.wire import EVERYONE, request
+
+CABLE = TREE / "virtual-camera" / "lib" / "cable"
+
+
+def take_interface_away(camera):
+    subprocess.run(["ip", "link", "delete", f"camera{camera.number}"], check=True)
+
+
+def bring_interface_back(camera, mac):
+    camera.mac = mac
+    init = (camera.folder / "init.pid").read_text().strip()
+    subprocess.run(["ip", "link", "add", f"camera{camera.number}", "type", "veth", "peer", "name", "eth0", "address",
+                    mac.hex(":"), "netns", init], check=True)
+    camera.run("ip", "link", "set", "eth0", "up")
+    camera.run("ip", "address", "add", f"{camera.address}/15", "dev", "eth0")
+    subprocess.run([CABLE, "plug-in", str(camera.number)], check=True)
+
+
+def report(camera, count):
+    """Has it send a presence report, and waits until it has tried."""
+    camera.signal(signal.SIGALRM)
+    camera.wait_for_trace("[general_report]", count)
+
+
+def test_an_interface_that_is_made_again(tool, camera):
+    assert len(tool.ask(camera, discovery(camera))) == 505
+    take_interface_away(camera)
+    report(camera, 2)  # the first was that of the start
+    bring_interface_back(camera, bytes.fromhex("025156aa0001"))
+    report(camera, 3)
+    camera.wait_for_trace("qvp(eth0): the interface is there again\n")
+    assert len(tool.ask(camera, discovery(camera))) == 505
+    assert tool.ask(camera, request(0x00A1), EVERYONE)[6:12] == camera.mac
+
+
+def test_its_report_goes_out_at_once(listener, camera):
+    take_interface_away(camera)
+    report(camera, 2)
+    bring_interface_back(camera, camera.mac)
+    camera.signal(signal.SIGALRM)
+    while (data := listener.report(camera))[2:4] != b"\x02\x00":  # the third: the second went nowhere
+        assert data[2:4] == b"\x00\x00"
+    assert data[12:16] == bytes(map(int, camera.address.split(".")))
+
+
+def test_an_interface_with_another_name(tool, camera):
+    camera.run("ip", "link", "set", "eth0", "down")
+    camera.run("ip", "link", "set", "eth0", "name", "wan0")
+    camera.run("ip", "link", "set", "wan0", "up")
+    report(camera, 2)
+    report(camera, 3)
+    assert camera.trace().count("qvp(eth0): its interface is called wan0 now\n") == 1
+    camera.run("ip", "link", "set", "wan0", "down")
+    camera.run("ip", "link", "set", "wan0", "name", "eth0")
+    camera.run("ip", "link", "set", "eth0", "up")
+    tool.assert_in_step(camera)
