@@ -49,6 +49,7 @@ function writeChange() {
     if (!change || change === shownChange) return;
     shownChange = change;
     part.change.replaceChildren(changeElement(change));
+    form?.setBusy(!isEnded(change));
     if (isEnded(change) && change.stage !== 'failed') reload();  // after a failure what was typed is still wanted
 }
 
@@ -101,6 +102,7 @@ async function load() {
     const isLocked = read instanceof Error || read.needsLogin;
     form = new SettingsForm(wanted, read.settings ?? [], { isLocked, extras: isLocked ? {} : wirelessExtra(wanted) });
     part.settings.replaceChildren(...(isLocked ? [loginSection()] : [actionButtons()]), form.element);
+    if (shownChange !== null) form.setBusy(!isEnded(shownChange));
     return isLocked ? 'locked' : 'open';
 }
 
@@ -113,7 +115,7 @@ function build(section) {
     part.heading = element('h2', { id: 'detail-heading', tabindex: '-1' });
     part.state = element('p', { class: 'detail-state' });
     part.problems = element('div', {});
-    part.change = element('div', {});
+    part.change = element('div', { id: 'detail-change', tabindex: '-1' });
     part.facts = element('div', {});
     part.settings = element('div', { class: 'detail-settings' }, element('p', { class: 'working' }, icon('away'), t('detail.loading')));
     section.replaceChildren(

@@ -35,11 +35,21 @@ export function ask({ title, content, confirm, submit, isDangerous = false, isWi
         });
         dialog.addEventListener('close', () => {
             dialog.remove();
+            keepFocus();
             resolve(result);
         });
         document.body.append(dialog);
         dialog.showModal();
     });
+}
+
+// What was focused before may be gone by now: then the focus goes to what came of the answer.
+function keepFocus() {
+    if (document.activeElement !== document.body) return;
+    for (const id of ['detail-change', 'detail-heading', 'many-heading', 'cameras']) {
+        document.getElementById(id)?.focus();
+        if (document.activeElement !== document.body) return;
+    }
 }
 
 function showProblem(form, problem, error) {

@@ -45,17 +45,25 @@ function writeRow(row, camera) {
     const change = changeOf(camera.mac);
     row.check.checked = selected.has(camera.mac);
     row.line.classList.toggle('chosen', row.check.checked);
+    writeOpened(row);
     if (row.shown === camera && row.change === change) return;
     row.shown = camera;
     row.change = change;
     row.name.textContent = nameOf(camera);
-    row.below.textContent = `${camera.address} · ${camera.mac}`;
+    row.below.replaceChildren(element('span', {}, camera.address), ' ', element('span', {}, camera.mac));
     row.check.setAttribute('aria-label', t('list.select', { name: nameOf(camera) }));
     row.cells.state.replaceChildren(...stateMarks(camera));
     row.cells.address.replaceChildren(addressLink(camera));
     row.cells.product.textContent = camera.product;
     row.cells.firmware.textContent = camera.firmware;
     row.line.classList.toggle('silent', camera.state === 'silent');
+}
+
+function writeOpened(row) {
+    const isOpened = row.name.hash === location.hash;
+    row.line.classList.toggle('opened', isOpened);
+    if (isOpened) row.name.setAttribute('aria-current', 'true');
+    else row.name.removeAttribute('aria-current');
 }
 
 function rowOf(camera) {
@@ -138,7 +146,7 @@ export function startList() {
         }
         tellSelection();
     });
-    for (const topic of ['cameras', 'changes', 'selection']) onChange(topic, () => tell('list'));
+    for (const topic of ['cameras', 'changes', 'selection', 'view']) onChange(topic, () => tell('list'));
     onChange('session', () => {
         rows.clear();
         tell('list');

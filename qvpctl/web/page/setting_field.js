@@ -12,9 +12,11 @@ export function hintOf(setting) {
     return sentences.map((one) => one[0].toUpperCase() + one.slice(1)).join('. ') + '.';
 }
 
+export const choiceText = (value) => (has(`choice.${value}`) ? t(`choice.${value}`) : value);
+
 function selectOf(choices, value) {
     const all = value === '' || choices.includes(value) ? choices : [value, ...choices];
-    const options = all.map((one) => new Option(has(`choice.${one}`) ? t(`choice.${one}`) : one, one));
+    const options = all.map((one) => new Option(choiceText(one), one));
     if (value === '') options.unshift(new Option('', ''));
     return element('select', { value }, options);
 }
@@ -35,9 +37,9 @@ function controlOf(setting, value) {
 export class SettingField {
     constructor(setting, value, onInput) {
         this.setting = setting;
-        this.before = value ?? '';
-        const [control, ...more] = controlOf(setting, this.before);
+        const [control, ...more] = controlOf(setting, value ?? '');
         this.control = control;
+        this.before = control.value;  // which may be less than the camera has: a control knows no line ends
         this.control.name = setting.key;
         this.row = labelled(settingLabel(setting), control, hintOf(setting));
         this.row.append(...more);

@@ -2,12 +2,13 @@
 import { announce, button, element, newId } from './dom.js';
 import { count, said, t } from './language.js';
 import { review } from './review.js';
-import { SettingField, hintOf, settingLabel } from './setting_field.js';
+import { SettingField, choiceText, hintOf, settingLabel } from './setting_field.js';
 import { known } from './store.js';
 
 function readOnlyRow(setting, value) {
+    const text = setting.choices ? choiceText(value ?? '') : value;
     return element('div', { class: 'field' }, element('span', { class: 'label' }, settingLabel(setting)),
-        element('span', { class: 'value' }, value || '–'), element('p', { class: 'hint' }, hintOf(setting)));
+        element('span', { class: 'value' }, text || '–'), element('p', { class: 'hint' }, hintOf(setting)));
 }
 
 function effectText(setting) {
@@ -67,9 +68,16 @@ export class SettingsForm {
     writeBar() {
         const number = Object.keys(this.wanted()).length;
         const wasHidden = this.bar.hidden;
-        this.bar.hidden = number === 0;
+        this.bar.hidden = number === 0 || this.isBusy;
         this.barText.textContent = count('changes.count', number);
         if (wasHidden && number > 0) announce(t('changes.hint'));
+    }
+
+    // While a change is on its way, nothing more can be typed.
+    setBusy(isBusy) {
+        this.isBusy = isBusy;
+        for (const group of this.element.querySelectorAll('fieldset')) group.disabled = isBusy;
+        this.writeBar();
     }
 
     discard() {

@@ -15,16 +15,24 @@ function securityText(security) {
 
 const networkName = (network) => network.ssid || t('survey.unnamed');
 
+function whatItIs(network) {
+    const parts = [securityText(network.security)];
+    if (network.channel > 0) parts.push(t('survey.channel', { channel: network.channel }));
+    if (network.adHoc) parts.push(t('choice.ad-hoc'));
+    return parts.join(' · ');
+}
+
 function rowOf(mac, network) {
     const name = network.ssid === '' ? element('em', {}, t('survey.unnamed')) : element('span', { class: 'ssid' }, network.ssid);
     const signal = element('span', { class: 'signal' }, signalBars(network.signal), `${network.signal} %`);
-    const join = button(t('survey.join'), () => openJoin(mac, network), { class: 'small', 'aria-label': t('survey.join.label', { name: networkName(network) }) });
-    return [name, signal, securityText(network.security) + (network.adHoc ? `, ${t('choice.ad-hoc')}` : ''), network.channel || '–', join];
+    const join = button(t('survey.join'), () => openJoin(mac, network),
+        { class: 'small', 'aria-label': t('survey.join.label', { name: networkName(network) }) });
+    return [[name, element('span', { class: 'below' }, whatItIs(network))], signal, join];
 }
 
 function networkTable(mac, networks) {
     if (networks.length === 0) return element('p', { class: 'quiet' }, t('survey.none'));
-    const headings = ['name', 'signal', 'security', 'channel', 'join'].map((one) => t(`survey.column.${one}`));
+    const headings = ['name', 'signal', 'join'].map((one) => t(`survey.column.${one}`));
     return table(t('survey.caption'), headings, networks.map((one) => rowOf(mac, one)), { class: 'networks' });
 }
 
