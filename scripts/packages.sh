@@ -8,7 +8,8 @@
     test_packages=(libgtest-dev libgmock-dev python3 python3-pytest python3-jsonschema python3-pyte strace tzdata zsh
         fish groff-base mandoc)
     test_all_packages=(googletest g++-mips-linux-gnu libc6-dev-mips-cross qemu-user musl-tools clang-format clang-tidy
-        shellcheck valgrind tshark lua-check lua5.4 debhelper dpkg-dev lintian mmdebstrap systemd uidmap make mkdocs)
+        shellcheck valgrind tshark lua-check lua5.4 debhelper dpkg-dev lintian mmdebstrap systemd uidmap make mkdocs
+        chromium chromium-driver python3-selenium)
     bench_packages=(python3 binutils strace valgrind)
 }
 

@@ -29,8 +29,13 @@ function failure(change) {
         element('span', {}, t(`way.${change.stage}`), why === '' ? '' : ': ', element('span', { lang: 'en' }, why)));
 }
 
+function titleOf(change) {
+    if (change.kind !== 'settings') return t(`way.${change.kind}`);
+    return change.what ? t('way.title', { what: said(change.what) }) : t('changes.title');
+}
+
 export function changeElement(change) {
-    const title = change.kind !== 'settings' ? t(`way.${change.kind}`) : t('way.title', { what: said(change.what ?? '') });
+    const title = titleOf(change);
     const isBad = isEnded(change) && change.stage !== 'verified';
     return element('section', { class: `way ${change.stage}`, 'aria-label': t('way.label') }, element('h3', {}, title),
         isBad ? failure(change) : element('ol', {}, kWay.map((step) => stepElement(change, step))));

@@ -41,7 +41,8 @@ export function writeHead() {
     part.heading.textContent = nameOf(camera);
     part.state.replaceChildren(...stateMarks(camera));
     part.problems.replaceChildren(...problemList(camera));
-    part.facts.replaceChildren(factList(camera));
+    const facts = factList(camera);
+    if (part.facts.firstChild?.isEqualNode(facts) !== true) part.facts.replaceChildren(facts);
 }
 
 function writeChange() {

@@ -20,6 +20,12 @@ export function addressLink(camera) {
     return element('a', { href: camera.url, target: '_blank', rel: 'noopener noreferrer' }, camera.address);
 }
 
+// Left alone while it is the same: it may have the focus.
+function writeAddress(cell, camera) {
+    const link = addressLink(camera);
+    if (cell.firstChild?.isEqualNode(link) !== true) cell.replaceChildren(link);
+}
+
 function makeRow(mac) {
     const check = element('input', { type: 'checkbox' });
     check.addEventListener('change', () => {
@@ -53,7 +59,7 @@ function writeRow(row, camera) {
     row.below.replaceChildren(element('span', {}, camera.address), ' ', element('span', {}, camera.mac));
     row.check.setAttribute('aria-label', t('list.select', { name: nameOf(camera) }));
     row.cells.state.replaceChildren(...stateMarks(camera));
-    row.cells.address.replaceChildren(addressLink(camera));
+    writeAddress(row.cells.address, camera);
     row.cells.product.textContent = camera.product;
     row.cells.firmware.textContent = camera.firmware;
     row.line.classList.toggle('silent', camera.state === 'silent');

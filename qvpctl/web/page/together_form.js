@@ -6,8 +6,6 @@ import { addressesFrom, nameAt, parseNetworkAddress } from './ranges.js';
 import { SettingField, settingLabel } from './setting_field.js';
 import { known, nameOf } from './store.js';
 
-const kAllSecrets = 'prompt:';  // the reference that stands for a secret of this form, with its key
-
 function textInput(value, properties = {}) {
     return element('input', { type: 'text', autocomplete: 'off', spellcheck: 'false', value, ...properties });
 }
@@ -88,14 +86,9 @@ export class TogetherForm {
         if (addresses) wanted['ipv4.address'] = addresses[at];
         if (this.gateway.value.trim() !== '') wanted['ipv4.gateway'] = this.gateway.value.trim();
         for (const [key, field] of this.shared) {
-            if (field.control.value !== '') wanted[key] = field.setting.secret ? kAllSecrets + key : field.control.value;
+            if (field.control.value !== '') wanted[key] = field.control.value;
         }
         return wanted;
-    }
-
-    secrets() {
-        return Object.fromEntries([...this.shared].filter(([, field]) => field.setting.secret && field.control.value !== '')
-            .map(([key, field]) => [kAllSecrets + key, field.control.value]));
     }
 
     // What the tool is asked for. Throws when a field is wrong, and has said so there.
@@ -104,7 +97,7 @@ export class TogetherForm {
         const addresses = this.addresses();
         const cameras = this.cameras.map((camera, at) => ({ mac: camera.mac, settings: this.settingsOf(at, addresses) }));
         if (Object.keys(cameras[0].settings).length === 0) throw mark(this.pattern, t('many.nothing'));
-        return { cameras, secrets: this.secrets() };
+        return { cameras };
     }
 
     async submit(onPlan) {
