@@ -63,7 +63,7 @@ public:
 private:
     std::string source(const std::string& reference) const {
         constexpr std::string_view kFile = "file:";
-        if (reference == "prompt") return "-";
+        if (reference == "prompt" || reference.starts_with("prompt:")) return "-";
         return reference.starts_with(kFile) ? "@" + (folder_ / reference.substr(kFile.size())).string() : reference;
     }
 
@@ -148,13 +148,21 @@ Fleet::Fleet(FleetOptions options, const CommonOptions& common, int stop)
       common_(common),
       stop_(stop),
       file_(loadCameraFile(options_.file)),
-      login_(readLogin(common)) {}
+      login_(readLogin(common)),
+      loginOf_([login = login_](Mac) { return login; }) {}
+
+Fleet::Fleet(CameraFile file, LoginOf loginOf, FleetOptions options, const CommonOptions& common, int stop)
+    : options_(std::move(options)),
+      common_(common),
+      stop_(stop),
+      file_(std::move(file)),
+      loginOf_(std::move(loginOf)) {}
 
 Reading Fleet::readOne(const FileCamera& camera) const {
     Reading reading{&camera, foundOf(found_, camera.mac), {}, {}};
     try {
         if (!reading.found) throw Error(ErrorKind::NotFound, "it has neither answered nor reported");
-        withJob(common_, loginsFor(camera, login_), stop_,
+        withJob(common_, loginsFor(camera, loginOf_(camera.mac)), stop_,
                 [&](client::CameraJob& job) { reading.plan = job.look(*reading.found, camera.assignments); });
     } catch (const Error& error) {
         reading.error = error;
@@ -162,8 +170,10 @@ Reading Fleet::readOne(const FileCamera& camera) const {
     return reading;
 }
 
-void Fleet::read() {
-    found_ = callRoll(common_, stop_, file_.cameras);
+void Fleet::read() { read(callRoll(common_, stop_, file_.cameras)); }
+
+void Fleet::read(std::vector<Found> found) {
+    found_ = std::move(found);
     readings_.assign(file_.cameras.size(), {});
     inParallel(file_.cameras.size(), options_.parallel, stop_,
                [this](size_t i) { readings_[i] = readOne(file_.cameras[i]); });
@@ -180,16 +190,20 @@ std::vector<Fault> Fleet::conflicts() const {
     return findConflicts(planned, found_, hosts, elsewhere);
 }
 
-void Fleet::refuseFaults(Conflicts conflicts) const {
+std::vector<Fault> Fleet::faults(Conflicts conflicts) const {
     std::vector<Fault> faults;
     if (conflicts == Conflicts::Refused) faults = this->conflicts();
     for (const Reading& one : readings_) {
         const bool isFault = one.error && one.error->kind() == ErrorKind::BadValue;
         if (isFault) faults.push_back({placeOf(*one.camera, one.error->what()), one.error->what()});
     }
-    if (faults.empty()) return;
     std::ranges::stable_sort(faults, {}, [](const Fault& fault) { return fault.place.line; });
-    throw faultsOf(options_.file, faults);
+    return faults;
+}
+
+void Fleet::refuseFaults(Conflicts conflicts) const {
+    const std::vector<Fault> faults = this->faults(conflicts);
+    if (!faults.empty()) throw faultsOf(options_.file, faults);
 }
 
 ExitCode worstOf(const std::vector<Reading>& readings) {
