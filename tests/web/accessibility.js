@@ -13,7 +13,7 @@ return (() => {
     const ids = [...document.querySelectorAll('[id]')].map((one) => one.id);
     for (const id of ids) if (ids.indexOf(id) !== ids.lastIndexOf(id)) faults.push(`twice: id ${id}`);
     for (const attribute of ['aria-labelledby', 'aria-describedby', 'for', 'list']) {
-        for (const one of document.querySelectorAll(`[${attribute}]`)) {
+        for (const one of [...document.querySelectorAll(`[${attribute}]`)].filter(isShown)) {
             for (const id of one.getAttribute(attribute).split(' ').filter(Boolean)) {
                 if (!ids.includes(id)) faults.push(`${told(one)}: ${attribute} names ${id}, which is not there`);
             }
@@ -59,8 +59,8 @@ return (() => {
     const texts = document.createTreeWalker(document.body, NodeFilter.SHOW_TEXT);
     while (texts.nextNode()) {
         const one = texts.currentNode.parentElement;
-        const isRead = texts.data.trim() !== '' && isShown(one) && one.closest('.hidden, :disabled, noscript, option, [aria-disabled="true"]') === null;
-        if (isRead) check(one, getComputedStyle(one).color, texts.data);
+        const isRead = texts.currentNode.data.trim() !== '' && isShown(one) && one.closest('.hidden, :disabled, noscript, option, [aria-disabled="true"]') === null;
+        if (isRead) check(one, getComputedStyle(one).color, texts.currentNode.data);
     }
     for (const one of document.querySelectorAll('input:not([type="checkbox"]), select')) {
         if (!isShown(one) || one.disabled) continue;

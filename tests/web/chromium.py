@@ -148,7 +148,7 @@ class Page:
     def assert_clean(self, refusals=()):
         """No error, and nothing asked of another host. `refusals`: HTTP statuses that the story brings about."""
         self.collect()
-        own = (self.base, "data:", "blob:" + self.base)
+        own = (self.base, "data:", "blob:" + self.base, "chrome://")
         assert [url for url in self.requests if not url.startswith(own)] == []
         expected = tuple(f"status of {status} " for status in refusals)
         assert [error for error in self.errors if not any(one in error for one in expected)] == []

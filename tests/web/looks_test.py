@@ -71,14 +71,13 @@ VIEWS = [show_list, show_login, show_settings, show_networks, show_review, show_
 def test_every_view_can_be_read(page, view):
     """In both colour schemes; and on a telephone nothing sticks out."""
     view(page)
-    assert faults(page) == []
+    assert faults(page) == ""
     page.set_media(prefers_color_scheme="dark")
-    assert faults(page) == []
+    assert faults(page) == ""
     page.set_size(*PHONE)
     page.wait(lambda: page.script("return innerWidth") == PHONE[0], "the telephone")
     assert page.script("return document.documentElement.scrollWidth") == PHONE[0]
-    assert faults(page) == []
-    page.wait(lambda: page.script("return document.querySelector('#many .actions, dialog, #detail, #list') !== null"))
+    assert faults(page) == ""
 
 
 @pytest.mark.parametrize("view", [show_list, show_settings, show_review, show_many])

@@ -17,7 +17,10 @@ export function loginFields(mac) {
     return {
         fields: [labelled(t('login.user'), user), labelled(t('login.password'), password), choice],
         password,
-        send: () => api.login(mac === null || everywhere.checked ? null : mac, user.value, password.value),
+        send: async () => {
+            if (mac === null || everywhere.checked) await api.login(null, user.value, password.value);
+            if (mac !== null) await api.login(mac, user.value, password.value);  // also over one that it refused
+        },
     };
 }
 
