@@ -67,7 +67,7 @@ class Page:
         self.driver.get(self.base + place)
         if reload:
             self.driver.refresh()
-        self.wait(lambda: self.shown("#camera-table tbody tr, #welcome h2, #many h2"))
+        self.wait(lambda: self.shown("#camera-table tbody tr, #welcome h2, #many h2, #detail h2"))
 
     # --- What is there
 

@@ -50,7 +50,9 @@ function writeChange() {
     if (!change || change === shownChange) return;
     shownChange = change;
     part.change.replaceChildren(changeElement(change));
+    const losesFocus = !isEnded(change) && part.settings.contains(document.activeElement);
     form?.setBusy(!isEnded(change));
+    if (losesFocus) part.change.focus();
     if (isEnded(change) && change.stage !== 'failed') reload();  // after a failure what was typed is still wanted
 }
 

@@ -2,7 +2,7 @@
 import { element, table } from './dom.js';
 import { icon } from './icons.js';
 import { count, has, t } from './language.js';
-import { keyLabel, valueText } from './review.js';
+import { inOrder, keyLabel, valueText } from './review.js';
 import { cameraName } from './store.js';
 
 const kMarks = {
@@ -21,7 +21,7 @@ function changeLine({ key, before, after }) {
 }
 
 function changeCell(record) {
-    const lines = element('ul', { class: 'change-lines' }, record.changes.map(changeLine));
+    const lines = element('ul', { class: 'change-lines' }, inOrder(record.changes).map(changeLine));
     const reason = record.reason ? element('p', { class: 'reason', lang: 'en' }, record.reason) : null;
     return [record.changes.length > 0 ? lines : null, reason].filter(Boolean);
 }

@@ -12,6 +12,12 @@ export function keyLabel(key) {
 
 const isSecret = (key) => known.settings.some((one) => one.key === key && one.secret);
 
+// As the settings stand in their groups.
+export function inOrder(changes) {
+    const place = (change) => known.settings.findIndex((one) => one.key === change.key);
+    return [...changes].sort((one, other) => place(one) - place(other));
+}
+
 export function valueText(key, value) {
     if (value === null && isSecret(key)) return element('em', {}, t('secret'));
     if (value === null || value === '') return element('em', {}, t('empty'));
@@ -24,7 +30,7 @@ function groupLine(group) {
 }
 
 function content(plan) {
-    const rows = plan.changes.map(({ key, before, after }) => [keyLabel(key),
+    const rows = inOrder(plan.changes).map(({ key, before, after }) => [keyLabel(key),
         element('del', {}, valueText(key, before)), element('ins', {}, valueText(key, after))]);
     const away = plan.awaySeconds > 0 ? element('p', { class: 'away-hint' }, count('review.away', plan.awaySeconds)) : null;
     return [table(t('review.caption'), [t('column.setting'), t('column.before'), t('column.after')], rows, { class: 'diff' }),

@@ -7,9 +7,11 @@ const kMostOptions = 14;
 
 export const settingLabel = (setting) => (has(`label.${setting.key}`) ? t(`label.${setting.key}`) : setting.key);
 
+// "What it is: what it takes; what one would not expect."
 export function hintOf(setting) {
-    const sentences = [setting.summary, setting.values, setting.quirk].filter(Boolean).map(said);
-    return sentences.map((one) => one[0].toUpperCase() + one.slice(1)).join('. ') + '.';
+    const summary = said(setting.summary);
+    const rest = [setting.values, setting.quirk].filter(Boolean).map(said).join('; ');
+    return `${summary[0].toUpperCase()}${summary.slice(1)}: ${rest}.`;
 }
 
 export const choiceText = (value) => (has(`choice.${value}`) ? t(`choice.${value}`) : value);
