@@ -58,21 +58,32 @@ static Camera cameraOf(const Presence& presence) {
     return camera;
 }
 
+enum class Way { Answered, Heard };
+
+// Nothing when it came in on none of the interfaces.
+static std::optional<Found> foundBy(Way way, const Camera& camera, const Incoming& incoming,
+                                    std::span<const Interface> interfaces) {
+    const auto interface = std::ranges::find(interfaces, incoming.interfaceIndex, &Interface::index);
+    if (interface == interfaces.end()) return std::nullopt;
+    return Found{.camera = camera,
+                 .interface = *interface,
+                 .answered = way == Way::Answered,
+                 .isNear = isNear(*interface, camera.address),
+                 .sharesAddress = false,
+                 .sharesMac = false,
+                 .isElsewhere = !isSame(layoutOf<PacketHeader>(incoming.bytes).address, incoming.sender)};
+}
+
+std::optional<Found> heardFrom(const Incoming& incoming, std::span<const Interface> interfaces) {
+    const auto presence = decodePresence(incoming.bytes);
+    return presence ? foundBy(Way::Heard, cameraOf(*presence), incoming, interfaces) : std::nullopt;
+}
+
 void Finder::take(const Incoming& incoming, const std::function<void(const Found&)>& found) {
-    const auto interface = std::ranges::find(search_.interfaces, incoming.interfaceIndex, &Interface::index);
-    if (interface == search_.interfaces.end()) return;
-    auto camera = answers(incoming.bytes, request_) ? decodeCamera(search_.family, incoming.bytes) : std::nullopt;
-    const bool answered = camera.has_value();
-    if (const auto presence = decodePresence(incoming.bytes)) camera = cameraOf(*presence);
-    if (!camera) return;
-    add({.camera = *camera,
-         .interface = *interface,
-         .answered = answered,
-         .isNear = isNear(*interface, camera->address),
-         .sharesAddress = false,
-         .sharesMac = false,
-         .isElsewhere = !isSame(layoutOf<PacketHeader>(incoming.bytes).address, incoming.sender)},
-        found);
+    auto one = heardFrom(incoming, search_.interfaces);
+    const auto camera = answers(incoming.bytes, request_) ? decodeCamera(search_.family, incoming.bytes) : std::nullopt;
+    if (camera) one = foundBy(Way::Answered, *camera, incoming, search_.interfaces);
+    if (one) add(*one, found);
 }
 
 // From another subnet, an answer does not come: the report is all there will be.

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <functional>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "client/camera.h"
@@ -32,6 +33,9 @@ struct Found {
     bool sharesMac;       // the same MAC was heard from another address
     bool isElsewhere;     // it was heard from another address than it claims
 };
+
+// What a presence report says of its camera; nothing for any other datagram, and for one of another interface.
+std::optional<Found> heardFrom(const Incoming& incoming, std::span<const Interface> interfaces);
 
 class Finder {
 public:

@@ -25,6 +25,7 @@ extern const Subcommand kShow;
 extern const Subcommand kSupported;
 extern const Subcommand kVerify;
 extern const Subcommand kWatch;
+extern const Subcommand kWeb;
 
 // All of them, in the order of the help.
 std::span<const Subcommand* const> allCommands();

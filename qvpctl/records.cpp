@@ -63,8 +63,7 @@ Record recordOf(const client::Found& found) {
     };
 }
 
-// "2026-01-31T23:59:59+01:00"
-static std::string localTimeText(time_t time) {
+std::string isoTime(time_t time) {
     tm parts{};
     char text[sizeof "2026-01-31T23:59:59+0100 and room for later centuries"];
     localtime_r(&time, &parts);
@@ -75,7 +74,7 @@ static std::string localTimeText(time_t time) {
 
 Record recordOf(const client::Presence& presence, const std::string& interface, time_t arrival) {
     return {
-        {"time",      localTimeText(arrival)       },
+        {"time",      isoTime(arrival)             },
         {"mac",       macText(presence.mac)        },
         {"address",   addressText(presence.address)},
         {"netmask",   addressText(presence.netmask)},

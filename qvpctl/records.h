@@ -10,6 +10,9 @@
 
 Record recordOf(const client::Found& found);
 
+// "2026-01-31T23:59:59+01:00", local time with its offset.
+std::string isoTime(time_t time);
+
 // `arrival` is shown in local time with its offset.
 Record recordOf(const client::Presence& presence, const std::string& interface, time_t arrival);
 

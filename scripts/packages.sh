@@ -3,13 +3,13 @@
 
 # shellcheck disable=SC2034 # for those that read this in
 {
-    run_packages=(cmake ninja-build g++ libcli11-dev nlohmann-json3-dev libhowardhinnant-date-dev libtomlplusplus-dev
-        iproute2 util-linux busybox dnsmasq-base)
+    run_packages=(cmake ninja-build g++ libcli11-dev nlohmann-json3-dev libhowardhinnant-date-dev libmicrohttpd-dev
+        libtomlplusplus-dev iproute2 util-linux busybox dnsmasq-base)
     test_packages=(libgtest-dev libgmock-dev python3 python3-pytest python3-jsonschema python3-prometheus-client
         python3-pyte strace tzdata zsh fish groff-base mandoc)
     test_all_packages=(googletest g++-mips-linux-gnu libc6-dev-mips-cross qemu-user musl-tools clang-format clang-tidy
         shellcheck valgrind tshark lua-check lua5.4 debhelper dpkg-dev lintian mmdebstrap systemd uidmap make mkdocs
-        ansible-core ansible-lint pyflakes3 dropbear-bin openssh-client)
+        ansible-core ansible-lint pyflakes3 dropbear-bin openssh-client chromium chromium-driver python3-selenium)
     bench_packages=(python3 binutils strace valgrind)
 }
 

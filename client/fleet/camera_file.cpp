@@ -86,7 +86,7 @@ std::string plainCell(std::string_view cell) {
 
 bool isSecretReference(std::string_view text) {
     return (text.starts_with("file:") && text.size() > 5) || (text.starts_with("env:") && text.size() > 4) ||
-           text == "prompt";
+           (text.starts_with("prompt:") && text.size() > 7) || text == "prompt";
 }
 
 namespace {

@@ -34,7 +34,7 @@ struct CameraFile {
     std::vector<Fault> faults;             // all of them; a file with one is not to be used
 };
 
-// The secret that a reference stands for, "file:PATH", "env:NAME" or "prompt". Throws Error.
+// The secret that a reference stands for, "file:PATH", "env:NAME", "prompt" or "prompt:NAME". Throws Error.
 using SecretReader = std::function<Secret(const std::string& key, const std::string& reference)>;
 
 bool isSecretReference(std::string_view text);

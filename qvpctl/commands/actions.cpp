@@ -1,7 +1,6 @@
 // The commands that ask a camera for one thing: verify, reboot, factory-reset, commit, supported, alert.
 #include <unistd.h>
 
-#include <algorithm>
 #include <iostream>
 #include <memory>
 
@@ -9,6 +8,7 @@
 #include "client/error.h"
 #include "client/text.h"
 #include "protocol/opcodes.h"
+#include "qvpctl/boot.h"
 #include "qvpctl/commands.h"
 #include "qvpctl/exit_code.h"
 #include "qvpctl/output.h"
@@ -57,17 +57,11 @@ struct AwayOptions {
     uint32_t timeout = 180;  // seconds; longer than any camera takes to boot
 };
 
-// A camera waits before it goes, so that its answer gets out.
-static constexpr std::chrono::seconds kUntilGone(7);
-
 static void waitForBoot(WaitBar& link, const AwayOptions& options, client::Session& session) {
     say("the camera reboots; waiting until it is back");
     const std::chrono::seconds patience(options.timeout);
-    const auto start = link.now();
     link.show(patience);
-    for (const auto gone = start + std::min(kUntilGone, patience); link.receiveUntil(gone);) continue;
-    const auto left = patience - std::chrono::floor<std::chrono::seconds>(link.now() - start);
-    const bool isBack = session.awaitReturn(left).has_value();
+    const bool isBack = awaitBoot(link, session, patience).has_value();
     link.hide();
     if (isBack) return;
     throw Error(ErrorKind::Unverified, "the camera has not come back within " + std::to_string(options.timeout) +

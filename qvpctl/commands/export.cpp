@@ -9,6 +9,7 @@
 #include "client/text.h"
 #include "qvpctl/commands.h"
 #include "qvpctl/fleet/crew.h"
+#include "qvpctl/fleet/export_table.h"
 #include "qvpctl/fleet/fleet.h"
 #include "qvpctl/secret_source.h"
 #include "qvpctl/stop_signal.h"
@@ -32,85 +33,23 @@ struct ExportOptions {
     bool replace = false;
 };
 
-// A clock's time is another a moment later, and a secret stays in the camera.
-static std::vector<const client::Setting*> exportedSettings() {
-    std::vector<const client::Setting*> settings;
-    for (const client::Setting& setting : client::allSettings()) {
-        const bool isTime = std::string_view(setting.key) == "time.now";
-        if (!setting.isSecret() && !setting.isReadOnly() && !isTime) settings.push_back(&setting);
-    }
-    return settings;
-}
-
-static std::vector<Column> columnsOf(const std::vector<const client::Setting*>& settings) {
-    std::vector<Column> columns;
-    for (const char* key : {"mac", "product", "model", "firmware", "hardware"}) columns.push_back({"", key, 0});
-    for (const client::Setting* setting : settings) columns.push_back({"", setting->key, 0});
-    return columns;
-}
-
-struct Exported {
-    client::Found found;
-    client::CameraState state;
-    std::optional<Error> error;
-};
-
-// What a camera has by DHCP is no setting of its own.
-static bool isOfDhcp(const client::Setting& setting, const client::CameraState& state) {
-    const std::string key = setting.key;
-    return state.camera.dhcp && (key == "ipv4.address" || key == "ipv4.gateway" || key == "ipv4.dns");
-}
-
-// What could not be read, and what a camera has but would not take, is an empty cell.
-static Record rowOf(const Exported& camera, const std::vector<const client::Setting*>& settings) {
-    const client::Camera& identity = camera.found.camera;
-    Record row = {
-        {"mac",      client::macText(identity.mac)},
-        {"product",  identity.product             },
-        {"model",    identity.model               },
-        {"firmware", identity.firmware            },
-        {"hardware", identity.hardware            },
-    };
-    for (const client::Setting* setting : settings) {
-        const bool isRead = !camera.error || setting->group == client::Group::Basic;
-        const bool isLeftOut = !isRead || isOfDhcp(*setting, camera.state);
-        const auto value = isLeftOut ? std::nullopt : client::restorableValue(*setting, camera.state);
-        row[setting->key] = value.value_or("");
-    }
-    return row;
-}
-
 static std::vector<Exported> readAll(const ExportOptions& options, const CommonOptions& common, int stop) {
     const client::Login login = readLogin(common);
-    std::vector<Exported> cameras;
-    for (const client::Found& one : callRoll(common, stop, {})) {
-        if (one.answered) cameras.push_back({one, {}, {}});
-    }
-    std::ranges::sort(cameras, {}, [](const Exported& one) { return client::macText(one.found.camera.mac); });
+    const std::vector<client::Found> found = callRoll(common, stop, {});
+    std::vector<Exported> cameras = readForExport(
+        found, [&](Mac) { return login; }, options.fleet.parallel, common, stop);
     if (cameras.empty()) throw Error(ErrorKind::NotFound, "no camera answered");
-    inParallel(cameras.size(), options.fleet.parallel, stop, [&](size_t i) {
-        Exported& camera = cameras[i];
-        camera.state.camera = camera.found.camera;
-        try {
-            withJob(common, {login}, stop, [&](client::CameraJob& job) { camera.state = job.readAll(camera.found); });
-        } catch (const Error& error) {
-            camera.error = error;
-        }
-    });
     if (isStopped(stop)) throw Error(ErrorKind::Unverified, "stopped: nothing was written");
     return cameras;
 }
 
 // The file appears when it is whole.
 static void write(const std::string& path, const std::vector<Exported>& cameras) {
-    const std::vector<const client::Setting*> settings = exportedSettings();
-    const std::vector<Column> columns = columnsOf(settings);
     const std::string whole = path + ".new";
     errno = 0;
     std::ofstream file(whole, std::ios::binary | std::ios::trunc);
     if (!file) throw client::localError("cannot write " + printable(whole), errno != 0 ? errno : EIO);
-    const auto output = csv(file, columns);
-    for (const Exported& one : cameras) output->add(rowOf(one, settings));
+    writeExport(file, cameras);
     file.close();
     std::error_code failure;
     fs::rename(whole, path, failure);

@@ -35,14 +35,22 @@ void ChangeRun::tryToChange(client::CameraJob& job, Found found, const ChangeTas
     if (!plan.changes.empty()) {
         watch_.before(plan);
         if (outcome.changes.empty()) outcome.changes = plan.changes;
-        job.change(plan, [&](const client::Progress& progress) { progress_->tell(index, progress); });
+        job.change(plan, [&](const client::Progress& progress) {
+            progress_->tell(index, progress);
+            watch_.step(outcome.mac, progress);
+        });
     }
     outcome.camera = plan.wanted.camera;
+}
+
+static Outcome untried(const ChangeTask& task, const Error& why) {
+    return {task.found.camera.mac, task.found.camera, {}, why};
 }
 
 Outcome ChangeRun::change(const ChangeTask& task, size_t index) {
     constexpr int kTries = 3;
     constexpr std::chrono::seconds kPatience(31);  // a camera that does not answer reports in that time
+    if (watch_.isEnough()) return untried(task, Error(ErrorKind::Local, "not tried: stopped"));
     Outcome outcome{task.found.camera.mac, task.found.camera, {}, {}};
     const auto work = [&](client::CameraJob& job) {
         for (int attempt = 1;; attempt++) {
@@ -71,10 +79,6 @@ void ChangeRun::finish(Outcome outcome, size_t index) {
     const std::scoped_lock lock(mutex_);
     watch_.after(outcome);
     outcomes_[index] = std::move(outcome);
-}
-
-static Outcome untried(const ChangeTask& task, const Error& why) {
-    return {task.found.camera.mac, task.found.camera, {}, why};
 }
 
 std::vector<Outcome> ChangeRun::run(const std::vector<ChangeTask>& tasks, First first) {

@@ -33,6 +33,8 @@ struct ChangeWatch {
     std::function<void(const client::CameraPlan&)>
         before;                                 // a camera is about to be changed; throws to keep it from that
     std::function<void(const Outcome&)> after;  // one at a time
+    std::function<void(Mac, const client::Progress&)> step = [](Mac, const client::Progress&) {};
+    std::function<bool()> isEnough = [] { return false; };  // those that have not begun are not tried any more
 };
 
 class ChangeRun {

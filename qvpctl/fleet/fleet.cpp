@@ -89,14 +89,22 @@ Fleet::Fleet(FleetOptions options, const CommonOptions& common, int stop)
       common_(common),
       stop_(stop),
       file_(loadCameraFile(options_.file)),
-      login_(readLogin(common)) {}
+      login_(readLogin(common)),
+      loginOf_([login = login_](Mac) { return login; }) {}
+
+Fleet::Fleet(CameraFile file, LoginOf loginOf, FleetOptions options, const CommonOptions& common, int stop)
+    : options_(std::move(options)),
+      common_(common),
+      stop_(stop),
+      file_(std::move(file)),
+      loginOf_(std::move(loginOf)) {}
 
 Reading Fleet::readOne(const FileCamera& camera) const {
     Reading reading{&camera, foundOf(found_, camera.mac), {}, {}};
     try {
         if (!reading.found) throw Error(ErrorKind::NotFound, "it has neither answered nor reported");
         if (camera.unsettled) throw Error(*camera.unsettled);
-        withJob(common_, loginsFor(camera, login_), stop_,
+        withJob(common_, loginsFor(camera, loginOf_(camera.mac)), stop_,
                 [&](client::CameraJob& job) { reading.plan = job.look(*reading.found, camera.assignments); });
     } catch (const Error& error) {
         reading.error = error;
@@ -109,8 +117,10 @@ static client::Seen seenOf(const std::optional<Found>& found) {
     return {found->camera.name, found->camera.product};
 }
 
-void Fleet::read() {
-    found_ = callRoll(common_, stop_, file_.cameras);
+void Fleet::read() { read(callRoll(common_, stop_, file_.cameras)); }
+
+void Fleet::read(std::vector<Found> found) {
+    found_ = std::move(found);
     std::vector<client::Seen> seen;
     for (const FileCamera& camera : file_.cameras) seen.push_back(seenOf(foundOf(found_, camera.mac)));
     settled_ = client::settle(file_, seen);
@@ -133,16 +143,20 @@ std::vector<Fault> Fleet::conflicts() const {
     return findConflicts(planned, found_, hosts, elsewhere);
 }
 
-void Fleet::refuseFaults(Conflicts conflicts) const {
+std::vector<Fault> Fleet::faults(Conflicts conflicts) const {
     std::vector<Fault> faults = settled_.faults;
     if (conflicts == Conflicts::Refused) std::ranges::copy(this->conflicts(), std::back_inserter(faults));
     for (const Reading& one : readings_) {
         const bool isFault = one.error && one.error->kind() == ErrorKind::BadValue;
         if (isFault) faults.push_back(faultOn(*one.camera, one.error->what()));
     }
-    if (faults.empty()) return;
     client::sortByPlace(faults);
-    throw faultsOf(options_.file, file_, faults);
+    return faults;
+}
+
+void Fleet::refuseFaults(Conflicts conflicts) const {
+    const std::vector<Fault> faults = this->faults(conflicts);
+    if (!faults.empty()) throw faultsOf(options_.file, file_, faults);
 }
 
 ExitCode worstOf(const std::vector<Reading>& readings) {

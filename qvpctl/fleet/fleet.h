@@ -1,6 +1,7 @@
 // What the commands share that work with a file of cameras.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -42,15 +43,25 @@ struct Reading {
 // The login of the options and, for a camera that the file gives another password, that one.
 std::vector<client::Login> loginsFor(const client::FileCamera& camera, const client::Login& login);
 
+// The login of a camera. Throws Error Credentials when none is known.
+using LoginOf = std::function<client::Login(Mac)>;
+
 class Fleet {
 public:
     Fleet(FleetOptions options, const CommonOptions& common, int stop);
 
-    // Reads every camera.
-    void read();
+    // Of a file that was read already.
+    Fleet(client::CameraFile file, LoginOf loginOf, FleetOptions options, const CommonOptions& common, int stop);
 
-    // Throws Error BadValue with everything that the cameras would refuse and, if asked, that would not go together.
+    // Reads every camera, as it was found or where it is looked for here.
+    void read();
+    void read(std::vector<client::Found> found);
+
+    // Everything that the cameras would refuse and, if asked, that would not go together; in the order of the file.
     enum class Conflicts { Ignored, Refused };
+    std::vector<client::Fault> faults(Conflicts conflicts) const;
+
+    // Throws them as one Error BadValue.
     void refuseFaults(Conflicts conflicts) const;
 
     const client::CameraFile& file() const { return file_; }
@@ -66,6 +77,7 @@ private:
     int stop_;
     client::CameraFile file_;
     client::Login login_;
+    LoginOf loginOf_;
     std::vector<client::Found> found_;
     client::Settled settled_;  // that the readings point to
     std::vector<Reading> readings_;

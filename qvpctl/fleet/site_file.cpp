@@ -54,7 +54,7 @@ private:
 
     static std::string sourceOf(const std::string& reference, const fs::path& folder) {
         constexpr std::string_view kFile = "file:";
-        if (reference == "prompt") return "-";
+        if (reference == "prompt" || reference.starts_with("prompt:")) return "-";
         return reference.starts_with(kFile) ? "@" + (folder / reference.substr(kFile.size())).string() : reference;
     }
 

@@ -14,7 +14,7 @@ DAEMON = """
     share/doc/qvp/examples/camera.ini share/doc/qvp/examples/qvp.init share/doc/qvp/examples/wireless.conf
     share/man/man3/qvp-platform.3 share/man/man8/qvp.8"""
 COMMANDS = """alert apply commit completion diff discover export factory-reset get help open passwd plan raw reboot revert scan set show
-    supported verify watch"""
+    supported verify watch web"""
 TOOL = """
     bin/qvpctl share/bash-completion/completions/qvpctl share/fish/vendor_completions.d/qvpctl.fish share/man/man1/qvpctl.1
     share/qvpctl/qvpctl.schema.json share/zsh/site-functions/_qvpctl """ + " ".join(f"share/man/man1/qvpctl-{command}.1" for command in COMMANDS.split())

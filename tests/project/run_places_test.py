@@ -84,6 +84,27 @@ def test_no_pid_file_is_told_before_anything_is_built(tree):
     assert tree.called("cmake") == []
 
 
+# --- The page ---------------------------------------------------------------------------------------------------------
+
+SHOW_PAGE = """./run web --print >log 2>&1 & page=$!
+    until_true grep -q '/?token=' log; cat log; """
+AWAITED = r"^http://127\.0\.0\.1:\d+/\?token=\w+$"
+
+
+def test_the_page_has_virtual_cameras(tree):
+    tree.use_built("libvirtual_clock.so", "virtual_time_server")
+    output = in_place(LAN, tree, SHOW_PAGE + """until_true pgrep -x qvp >/dev/null; pgrep -cx qvp
+        kill $page; wait $page; until_true eval '! pgrep -x qvp' && echo nothing is left""")
+    assert re.search(AWAITED, output, re.M) and output.endswith("nothing is left\n")
+    assert "No virtual cameras" not in output
+
+
+def test_the_page_without_namespaces_looks_at_the_networks_that_are_there(tree):
+    output = in_place(CONTAINER, tree, SHOW_PAGE + "kill $page; wait $page; pgrep -x qvp || echo no camera was started")
+    assert f"No virtual cameras: {REFUSED}" in output and "those of this machine's networks instead\n" in output
+    assert re.search(AWAITED, output, re.M) and output.endswith("no camera was started\n")
+
+
 # --- An interface -----------------------------------------------------------------------------------------------------
 
 SERVE = """./run probe0 >log 2>&1 & camera=$!

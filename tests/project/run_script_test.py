@@ -93,7 +93,7 @@ def test_a_failed_configuration_fails(tree):
     assert tree.called("cmake") == ["cmake --preset release"]
 
 
-@pytest.mark.parametrize("arguments", [(), ("lo",)])
+@pytest.mark.parametrize("arguments", [(), ("lo",), ("web",)])
 def test_a_tree_where_build_is_a_file_is_told(tree, arguments):
     (tree.top / "build").write_text("")
     done = tree.run("./run", *arguments)

@@ -11,7 +11,7 @@ from output_schema import check_output
 TOOL = os.environ.get("QVPCTL", str(pathlib.Path(__file__).parents[2] / "build/release/qvpctl"))
 PATIENCE = 20
 COMMANDS = ["", "discover", "watch", "show", "get", "set", "passwd", "verify", "plan", "apply", "revert",
-            "diff", "export", "scan", "open", "reboot", "factory-reset", "commit", "supported", "alert", "raw", "completion", "help"]
+            "diff", "export", "scan", "open", "reboot", "factory-reset", "commit", "supported", "alert", "raw", "web", "completion", "help"]
 
 
 @pytest.mark.parametrize("arguments", [
@@ -21,7 +21,7 @@ COMMANDS = ["", "discover", "watch", "show", "get", "set", "passwd", "verify", "
     ["watch", "--frobnicate"], ["discover", "--expect", "0"], ["get"], ["set", "Gate"],
     ["discover", "--retries", "-1"], ["discover", "--family", "other"], ["help", "frobnicate"],
     ["help", "manual", "frobnicate"], ["passwd", "a", "b"], ["plan"], ["apply"], ["diff"], ["export"], ["revert"],
-    ["apply", "site.csv", "--parallel", "65"],
+    ["apply", "site.csv", "--parallel", "65"], ["web", "--port", "0"], ["web", "--port", "65536"], ["web", "x"],
 ], ids=" ".join)
 def test_wrong_usage_ends_with_2(arguments):
     result = subprocess.run([TOOL, *arguments], capture_output=True, timeout=PATIENCE, check=False)

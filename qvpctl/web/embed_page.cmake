@@ -1,0 +1,37 @@
+# Writes the files of the page as a table of C++: cmake -D FOLDER=... -D OUTPUT=... -P embed_page.cmake
+# The order of the files is that of their names, so that the table is the same on every machine.
+set(types
+    ".html=text/html" ".css=text/css" ".js=text/javascript" ".json=application/json" ".svg=image/svg+xml")
+file(GLOB_RECURSE files RELATIVE ${FOLDER} ${FOLDER}/*)
+list(SORT files)
+set(arrays "")
+set(rows "")
+set(number 0)
+foreach(file IN LISTS files)
+    get_filename_component(extension ${file} LAST_EXT)
+    set(type "")
+    foreach(pair IN LISTS types)
+        if(pair MATCHES "^(.*)=(.*)$" AND CMAKE_MATCH_1 STREQUAL extension)
+            set(type "${CMAKE_MATCH_2}; charset=utf-8")
+        endif()
+    endforeach()
+    if(type STREQUAL "")
+        message(FATAL_ERROR "${file}: a page has no files of that kind")
+    endif()
+    file(READ ${FOLDER}/${file} digits HEX)
+    string(LENGTH "${digits}" length)
+    math(EXPR length "${length} / 2")
+    string(REGEX REPLACE "([0-9a-f][0-9a-f])" "\\\\x\\1" text "${digits}")
+    # No line of source is longer than compilers like.
+    string(REGEX REPLACE "((\\\\x[0-9a-f][0-9a-f])(\\\\x[0-9a-f][0-9a-f])?(\\\\x[0-9a-f][0-9a-f])?(\\\\x[0-9a-f][0-9a-f])?(\\\\x[0-9a-f][0-9a-f])?(\\\\x[0-9a-f][0-9a-f])?(\\\\x[0-9a-f][0-9a-f])?(\\\\x[0-9a-f][0-9a-f])?)"
+        "\"\\1\"\n" text "${text}")
+    string(APPEND arrays "static constexpr char kFile${number}[] =\n\"\"${text};\n")
+    set(path "/${file}")
+    if(file STREQUAL "index.html")
+        set(path "/")
+    endif()
+    string(APPEND rows "    {\"${path}\", \"${type}\", {kFile${number}, ${length}}},\n")
+    math(EXPR number "${number} + 1")
+endforeach()
+file(WRITE ${OUTPUT} "#include \"qvpctl/web/page_files.h\"\n\n${arrays}\nstatic constexpr PageFile kFiles[] = {\n${rows}};\n
+std::span<const PageFile> pageFiles() { return kFiles; }\n")
