@@ -79,10 +79,10 @@ static std::string addressIn(const FileCamera& camera) {
     return text.substr(0, text.find('/'));
 }
 
-// "line 2", or where it stands in another file.
+// "line 2 already", or where it stands in another file.
 static std::string lineOf(const CameraFile& file, Place other, Place from) {
-    const std::string line = "line " + std::to_string(other.line);
-    return other.file == from.file ? line : line + " of " + file.table;
+    const std::string table = other.file == from.file ? "" : " of " + file.table;
+    return "line " + std::to_string(other.line) + table + " already";
 }
 
 std::vector<Fault> findTwins(const CameraFile& file) {
@@ -90,16 +90,17 @@ std::vector<Fault> findTwins(const CameraFile& file) {
     std::vector<Fault> faults;
     for (const FileCamera& camera : file.cameras) {
         const bool isMac = std::ranges::any_of(camera.mac.bytes, [](uint8_t byte) { return byte != 0; });
-        const std::string mac = macText(camera.mac), address = addressIn(camera);
+        const std::string mac = "mac " + macText(camera.mac);
+        const std::string address = "ipv4.address " + addressIn(camera);
         const auto [other, isNew] = macs.try_emplace(mac, camera.place);
         if (isMac && !isNew) {
-            const std::string where = " stands in " + lineOf(file, other->second, camera.place) + " already";
-            faults.push_back({camera.place, "mac " + mac + where});
+            const std::string where = " stands in " + lineOf(file, other->second, camera.place);
+            faults.push_back({camera.place, mac + where});
         }
         const auto [holder, isFree] = addresses.try_emplace(address, camera.place);
-        if (!address.empty() && !isFree) {
-            const std::string where = " is given to " + lineOf(file, holder->second, camera.place) + " already";
-            faults.push_back({placeOf(camera, "ipv4.address"), "ipv4.address " + address + where});
+        if (findAssignment(camera, "ipv4.address") != nullptr && !isFree) {
+            const std::string where = " is given to " + lineOf(file, holder->second, camera.place);
+            faults.push_back(faultOn(camera, address + where));
         }
     }
     return faults;
