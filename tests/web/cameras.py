@@ -3,6 +3,8 @@ import os
 import subprocess
 from pathlib import Path
 
+TREE = Path(__file__).resolve().parents[2]
+DAEMON = os.environ.get("QVP_DAEMON") or str(TREE / "build/release/qvp")
 PATIENCE = 20
 
 

@@ -33,7 +33,8 @@ def start_chromium(folder):
     options.binary_location = "/usr/bin/chromium"
     # It is root in a namespace of its own: its sandbox would want another one.
     for argument in ("--headless=new", "--no-sandbox", "--disable-gpu", "--disable-dev-shm-usage", "--no-proxy-server",
-                     "--disable-background-networking", "--hide-scrollbars", f"--user-data-dir={folder}/profile"):
+                     "--disable-background-networking", "--disable-extensions", "--disable-sync", "--no-first-run",
+                     "--renderer-process-limit=1", "--hide-scrollbars", f"--user-data-dir={folder}/profile"):
         options.add_argument(argument)
     options.add_experimental_option("prefs", {"intl.accept_languages": "en", "download.default_directory": f"{folder}/saved"})
     options.set_capability("goog:loggingPrefs", {"browser": "ALL", "performance": "ALL"})
@@ -63,10 +64,10 @@ class Page:
         self.driver.execute_cdp_cmd("Emulation.setEmulatedMedia", {
             "features": [{"name": name.replace("_", "-"), "value": value} for name, value in features.items()]})
 
-    def open(self, place="", reload=True):
-        self.driver.get(self.base + place)
-        if reload:
-            self.driver.refresh()
+    def open(self, place=""):
+        """Loads the page anew, at one of its views."""
+        self.script("history.replaceState(null, '', arguments[0])", self.base + place)
+        self.driver.refresh()
         self.wait(lambda: self.shown("#camera-table tbody tr, #welcome h2, #many h2, #detail h2"))
 
     # --- What is there
@@ -95,7 +96,7 @@ class Page:
 
     def wait(self, condition, what="", patience=PATIENCE):
         ignored = [StaleElementReferenceException, NoSuchElementException]
-        wait = WebDriverWait(self.driver, patience, poll_frequency=0.05, ignored_exceptions=ignored)
+        wait = WebDriverWait(self.driver, patience, poll_frequency=0.15, ignored_exceptions=ignored)
         return wait.until(lambda _: condition(), f"never: {what}")
 
     # --- What one does

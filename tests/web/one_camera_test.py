@@ -1,7 +1,11 @@
 """One camera, from the first click to what stands in its store. Each story has a camera that the others leave alone, or
 leaves it as they need it; they run in this order."""
+import re
+import subprocess
+
 import pytest
-from cameras import mac, root, stored
+from cameras import DAEMON, mac, root, stored
+from chromium import PATIENCE
 from selenium.webdriver.common.keys import Keys
 
 WAY = ["waiting", "sent", "away", "back", "verified"]
@@ -9,7 +13,9 @@ WAY = ["waiting", "sent", "away", "back", "verified"]
 # Notes each step of a change that is seen; one that is over before the next picture is not.
 WATCH = """
     window.steps = [];
+    window.countdown = '';
     new MutationObserver(() => {
+        window.countdown ||= document.querySelector('.way .now .countdown')?.textContent ?? '';
         const step = document.querySelector('.way')?.className.replace('way ', '');
         if (step && window.steps.at(-1) !== step) window.steps.push(step);
     }).observe(document.body, { childList: true, subtree: true });"""
@@ -80,6 +86,7 @@ def test_a_camera_is_named_by_the_keyboard_alone(page):
     assert stored(1, "CAMSYSTEM", "CameraName") == "Front door"
     steps = page.script("return window.steps")
     assert steps == [step for step in WAY if step in steps] and "away" in steps and steps[-1] == "verified"
+    assert re.fullmatch(r"\d+ s", page.script("return window.countdown"))
 
 
 @pytest.mark.refusals(401)
@@ -155,6 +162,17 @@ def test_a_password_is_changed_and_goes_on_to_be_used(page):
     assert stored(3, "DDNS", "HOST") == "gate.example.com"
 
 
+def test_changes_that_were_not_sent_are_not_lost_by_leaving(page):
+    log_in(page, 2)
+    page.type("input[name='name']", "Forgotten")
+    page.click("#detail-close")
+    page.driver.switch_to.alert.dismiss()
+    assert page.one("input[name='name']").get_attribute("value") == "Forgotten"
+    page.click("#detail-close")
+    page.driver.switch_to.alert.accept()
+    page.wait(lambda: page.shown("#detail") == [], "the list alone")
+
+
 def test_a_reboot_names_the_camera_it_is_about(page):
     boots = (root(2) / "var/log/board.log").read_text().count("reboot")
     log_in(page, 2)
@@ -177,3 +195,12 @@ def test_a_factory_reset_wants_the_name_typed(page):
     page.type("dialog input", "Front door").send_keys(Keys.ENTER)
     await_end(page)
     page.wait(lambda: stored(1, "CAMSYSTEM", "CameraName") == "Camera 1", "the name of the factory")
+
+
+def test_a_camera_that_is_switched_on_appears_and_is_told(page):
+    assert page.all(f"tr[data-mac='{mac(4)}']") == []
+    page.script("window.told = ''; new MutationObserver(() => { window.told += document.getElementById('live').textContent; })"
+                ".observe(document.getElementById('live'), { childList: true });")
+    subprocess.run(["camera", "start", "4", "--daemon", DAEMON], stdout=subprocess.DEVNULL, timeout=PATIENCE, check=True)
+    page.wait(lambda: "Camera 4" in row(page, 4), "the new camera")
+    page.wait(lambda: "Camera 4 is here." in page.script("return window.told"), "what a screen reader is told")
