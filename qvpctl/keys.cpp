@@ -19,8 +19,8 @@ static Error unknownKey(const std::string& key) {
 }
 
 static bool isNamed(const Setting& setting, const std::string& key) {
-    const std::string known = setting.key;
-    return known == key || known.starts_with(key + ".");
+    const std::string_view known = setting.key;
+    return known.starts_with(key) && (known.size() == key.size() || known[key.size()] == '.');
 }
 
 std::vector<const Setting*> settingsNamed(const std::vector<std::string>& keys) {

@@ -54,10 +54,12 @@ public:
         Fleet fleet(options_.fleet, common_, stop.descriptor());
         fleet.read();
         fleet.refuseFaults(Fleet::Conflicts::Refused);
+        fleet.tellInformation();
         takeOver(fleet.readings(), old);
         change(digest, stop.descriptor());
         sortAsIn(fleet.readings());
         printOutcomes(outcomes_, common_.json);
+        if (isStopped(stop.descriptor())) throw Error(ErrorKind::Unverified, "stopped: the same with --resume goes on");
         return worstOf(outcomes_);
     }
 
@@ -101,7 +103,7 @@ private:
     }
 
     void note(const Outcome& outcome) {
-        if (common_.json) jsonLines(std::cout)->add(outcomeRecord(outcome));
+        printOutcome(outcome, common_.json);
         outcomes_.push_back(outcome);
     }
 
@@ -115,8 +117,7 @@ private:
                                        note(outcome);
                                    }};
         ChangeRun(common_, options_.fleet.parallel, stop, watch).run(tasks_, ChangeRun::First::Ahead);
-        if (isStopped(stop)) throw Error(ErrorKind::Unverified, "stopped: 'qvpctl apply --resume' goes on");
-        journal.noteEnd();
+        if (!isStopped(stop)) journal.noteEnd();
     }
 
     // They came as the cameras were done.
@@ -140,7 +141,8 @@ static Work prepare(CLI::App& app, const CommonOptions& common) {
     addNeededWord(app, "FILE|PLAN", options->fleet.file,
                   "A table as spreadsheets save it (CSV), a policy (FILE.toml), or a plan of 'qvpctl plan -o PLAN'");
     addFlag(app, "--resume", options->resume, "Go on with a run that was cut off");
-    addText(app, "--journal", options->journal, "PATH", "What was there is kept in this file (default FILE.journal)");
+    addText(app, "--journal", options->journal, "PATH",
+            "What was there is kept in this file (default FILE.journal, also for a plan of FILE)");
     addElsewhere(app, options->fleet);
     addParallel(app, options->fleet);
     addFooter(app, [] { return std::string(kFileHelp) + "\n\n" + exitStatusHelp(); });

@@ -39,6 +39,7 @@ static int diff(const DiffOptions& options, const CommonOptions& common) {
     const StopSignal stop;
     Fleet fleet(options.fleet, common, stop.descriptor());
     fleet.read();
+    fleet.tellInformation();
     fleet.refuseFaults(Fleet::Conflicts::Ignored);
     const auto output = tableOrJson(common.json, kColumns);
     size_t count = 0;

@@ -39,21 +39,6 @@ struct PlanOptions {
     std::string output;  // empty: nowhere
 };
 
-// What may be taken for a setting, and is none.
-static void tellInformation(const Fleet& fleet) {
-    std::string names;
-    for (const std::string& name : fleet.file().information) names += (names.empty() ? "" : ", ") + name;
-    if (!names.empty()) say("these columns are for people, and set nothing: " + names);
-    for (const Reading& one : fleet.readings()) {
-        if (!one.plan || one.camera->address.empty()) continue;
-        const std::string has = client::addressText(one.plan->state.camera.address);
-        const std::string gets = client::addressText(one.plan->wanted.camera.address);
-        if (one.camera->address == has || one.camera->address == gets) continue;
-        say(client::macText(one.camera->mac) + " has the address " + has + ", and its column address says " +
-            one.camera->address + ": that sets nothing, ipv4.address does");
-    }
-}
-
 static void printTables(const Fleet& fleet) {
     const auto changes = table(std::cout, kChanges, outputLooks());
     const auto cameras = table(std::cout, kCameras, outputLooks());
@@ -77,7 +62,7 @@ static int plan(const PlanOptions& options, const CommonOptions& common) {
     Fleet fleet(options.fleet, common, stop.descriptor());
     fleet.read();
     fleet.refuseFaults(Fleet::Conflicts::Refused);
-    tellInformation(fleet);
+    fleet.tellInformation();
     if (!options.output.empty()) SavedPlan::save(options.output, options.fleet.file, fleet.readings());
     const PlanSummary summary = summaryOf(fleet.readings(), options.fleet.parallel);
     if (common.json) {

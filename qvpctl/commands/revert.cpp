@@ -46,6 +46,9 @@ static std::vector<Assignment> assignmentsOf(const CameraBefore& before, const F
         std::erase_if(values, [](const auto& one) { return isOfNetwork(one.first); });
         values["ipv4.method"] = "dhcp";
     }
+    // The router of another network would keep the camera from getting its address back.
+    const bool isGatewayKnown = values.contains("ipv4.gateway") || before.basic.contains("ipv4.gateway");
+    if (values.contains("ipv4.address") && !isGatewayKnown) values["ipv4.gateway"] = "none";
     std::vector<Assignment> assignments;
     for (const auto& [key, value] : values) {
         const client::Setting* setting = client::findSetting(key);
@@ -63,8 +66,9 @@ static void tellLost(const JournalContent& content) {
         for (const std::string& key : before.lost) counts[key]++;
     }
     for (const auto& [key, count] : counts) {
-        say(key + " cannot be put back and stays as it is, in " + std::to_string(count) +
-            (count == 1 ? " camera" : " cameras"));
+        const char* const what = key == "ipv4.gateway" ? " is not known from before, and becomes none with the address"
+                                                       : " cannot be put back and stays as it is";
+        say(key + what + ", in " + std::to_string(count) + (count == 1 ? " camera" : " cameras"));
     }
 }
 
@@ -113,7 +117,7 @@ static int revert(const RevertOptions& options, const CommonOptions& common) {
     const std::vector<Found> found = callRoll(common, stop.descriptor(), cameras);
     std::vector<Outcome> outcomes;
     const auto note = [&](const Outcome& outcome) {
-        if (common.json) jsonLines(std::cout)->add(outcomeRecord(outcome));
+        printOutcome(outcome, common.json);
         outcomes.push_back(outcome);
     };
     std::vector<ChangeTask> tasks;
@@ -126,9 +130,9 @@ static int revert(const RevertOptions& options, const CommonOptions& common) {
     }
     const ChangeWatch watch = {[](const client::CameraPlan&) {}, note};
     ChangeRun(common, options.fleet.parallel, stop.descriptor(), watch).run(tasks, ChangeRun::First::WithTheOthers);
-    if (isStopped(stop.descriptor())) throw Error(ErrorKind::Unverified, "stopped: the same command goes on");
-    journal.noteEnd();
+    if (!isStopped(stop.descriptor())) journal.noteEnd();
     printOutcomes(outcomes, common.json);
+    if (isStopped(stop.descriptor())) throw Error(ErrorKind::Unverified, "stopped: the same command goes on");
     return worstOf(outcomes);
 }
 

@@ -28,12 +28,25 @@ static bool canBeTriedAgain(const Error& error) {
     return error.kind() == ErrorKind::NotFound || error.kind() == ErrorKind::Local;
 }
 
+// Without a journal nothing is changed, so this is the end of the run and not of one camera.
+struct NotNoted {
+    Error error;
+};
+
+static void noteBefore(const ChangeWatch& watch, const CameraPlan& plan) {
+    try {
+        watch.before(plan);
+    } catch (const Error& error) {
+        throw NotNoted{error};
+    }
+}
+
 // What was changed before the network failed counts as changed, too.
 void ChangeRun::tryToChange(client::CameraJob& job, Found found, const ChangeTask& task, size_t index,
                             Outcome& outcome) {
     const CameraPlan plan = job.look(found, task.assignments);
     if (!plan.changes.empty()) {
-        watch_.before(plan);
+        noteBefore(watch_, plan);
         if (outcome.changes.empty()) outcome.changes = plan.changes;
         job.change(plan, [&](const client::Progress& progress) {
             progress_->tell(index, progress);
@@ -44,7 +57,7 @@ void ChangeRun::tryToChange(client::CameraJob& job, Found found, const ChangeTas
 }
 
 static Outcome untried(const ChangeTask& task, const Error& why) {
-    return {task.found.camera.mac, task.found.camera, {}, why};
+    return {.mac = task.found.camera.mac, .camera = task.found.camera, .changes = {}, .error = why, .isTried = false};
 }
 
 Outcome ChangeRun::change(const ChangeTask& task, size_t index) {
@@ -82,6 +95,14 @@ void ChangeRun::finish(Outcome outcome, size_t index) {
 }
 
 std::vector<Outcome> ChangeRun::run(const std::vector<ChangeTask>& tasks, First first) {
+    try {
+        return runNoted(tasks, first);
+    } catch (const NotNoted& failure) {
+        throw Error(failure.error);
+    }
+}
+
+std::vector<Outcome> ChangeRun::runNoted(const std::vector<ChangeTask>& tasks, First first) {
     if (tasks.empty()) return {};
     std::vector<Mac> macs;
     outcomes_.clear();
@@ -143,7 +164,7 @@ std::string outcomeText(const Record& summary) {
 int worstOf(const std::vector<Outcome>& outcomes) {
     int worst = kSuccess;
     for (const Outcome& one : outcomes) {
-        if (one.error) worst = std::max<int>(worst, exitCodeOf(one.error->kind()));
+        if (one.error && one.isTried) worst = std::max<int>(worst, exitCodeOf(one.error->kind()));
     }
     return worst;
 }
@@ -155,6 +176,14 @@ static const Column kColumns[] = {
     {"RESULT",  "result",  0, Look::Plain  },
     {"WHY",     "reason",  0, Look::Warning},
 };
+
+void printOutcome(const Outcome& outcome, bool json) {
+    if (!json) return;
+    try {
+        jsonLines(std::cout)->add(outcomeRecord(outcome));
+    } catch (const Error&) {  // the summary fails, too, and says why
+    }
+}
 
 void printOutcomes(const std::vector<Outcome>& outcomes, bool json) {
     const Record summary = outcomeSummary(outcomes);

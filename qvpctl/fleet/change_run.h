@@ -25,6 +25,7 @@ struct Outcome {
     std::optional<client::Camera> camera;  // as it is now; none: it was not heard
     std::vector<client::SettingChange> changes;
     std::optional<client::Error> error;
+    bool isTried = true;  // false: it was its turn no more
 
     const char* result() const;  // "unchanged", "changed", "failed", "unreachable" or "unverified"
 };
@@ -46,6 +47,7 @@ public:
     std::vector<Outcome> run(const std::vector<ChangeTask>& tasks, First first);
 
 private:
+    std::vector<Outcome> runNoted(const std::vector<ChangeTask>& tasks, First first);
     Outcome change(const ChangeTask& task, size_t index);
     void tryToChange(client::CameraJob& job, client::Found found, const ChangeTask& task, size_t index,
                      Outcome& outcome);
@@ -68,6 +70,9 @@ std::string outcomeText(const Record& summary);
 
 // The highest status that one of them comes to.
 int worstOf(const std::vector<Outcome>& outcomes);
+
+// With JSON, prints it at once. Whoever reads that may go: the run goes on, and its end tells.
+void printOutcome(const Outcome& outcome, bool json);
 
 // Prints them as a table; with JSON each was printed when it was there, and the summary is left.
 void printOutcomes(const std::vector<Outcome>& outcomes, bool json);

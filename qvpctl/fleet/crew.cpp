@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <exception>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -19,11 +20,22 @@ bool isStopped(int stop) {
 
 void inParallel(size_t count, size_t parallel, int stop, const std::function<void(size_t)>& work) {
     std::atomic<size_t> next{0};
+    std::mutex mutex;
+    std::exception_ptr failure;
     const auto takeTurns = [&] {
-        for (size_t i = next++; i < count && !isStopped(stop); i = next++) work(i);
+        try {
+            for (size_t i = next++; i < count && !isStopped(stop); i = next++) work(i);
+        } catch (...) {
+            next = count;
+            const std::scoped_lock lock(mutex);
+            if (!failure) failure = std::current_exception();
+        }
     };
-    std::vector<std::jthread> crew;
-    for (size_t i = 0; i < std::min(count, parallel); i++) crew.emplace_back(takeTurns);
+    {
+        std::vector<std::jthread> crew;
+        for (size_t i = 0; i < std::min(count, parallel); i++) crew.emplace_back(takeTurns);
+    }
+    if (failure) std::rethrow_exception(failure);
 }
 
 void sayFromCrew(const std::string& sentence) {

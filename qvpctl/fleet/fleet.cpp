@@ -92,7 +92,7 @@ Fleet::Fleet(FleetOptions options, const CommonOptions& common, int stop)
       login_(readLogin(common)),
       loginOf_([login = login_](Mac) { return login; }) {}
 
-Fleet::Fleet(CameraFile file, LoginOf loginOf, FleetOptions options, const CommonOptions& common, int stop)
+Fleet::Fleet(client::CameraFile file, LoginOf loginOf, FleetOptions options, const CommonOptions& common, int stop)
     : options_(std::move(options)),
       common_(common),
       stop_(stop),
@@ -157,6 +157,20 @@ std::vector<Fault> Fleet::faults(Conflicts conflicts) const {
 void Fleet::refuseFaults(Conflicts conflicts) const {
     const std::vector<Fault> faults = this->faults(conflicts);
     if (!faults.empty()) throw faultsOf(options_.file, file_, faults);
+}
+
+void Fleet::tellInformation() const {
+    std::string names;
+    for (const std::string& name : file_.information) names += (names.empty() ? "" : ", ") + name;
+    if (!names.empty()) say("these columns are for people, and set nothing: " + names);
+    for (const Reading& one : readings_) {
+        if (!one.plan || one.camera->address.empty()) continue;
+        const std::string has = client::addressText(one.plan->state.camera.address);
+        const std::string gets = client::addressText(one.plan->wanted.camera.address);
+        if (one.camera->address == has || one.camera->address == gets) continue;
+        say(client::macText(one.camera->mac) + " has the address " + has + ", and its column address says " +
+            one.camera->address + ": that sets nothing, ipv4.address does");
+    }
 }
 
 ExitCode worstOf(const std::vector<Reading>& readings) {

@@ -64,6 +64,9 @@ public:
     // Throws them as one Error BadValue.
     void refuseFaults(Conflicts conflicts) const;
 
+    // Says which columns may be taken for settings, and are none.
+    void tellInformation() const;
+
     const client::CameraFile& file() const { return file_; }
     const std::vector<Reading>& readings() const { return readings_; }
     const client::Login& login() const { return login_; }

@@ -12,6 +12,7 @@
 
 #include "client/text.h"
 #include "qvpctl/terminal_text.h"
+#include "qvpctl/tool.h"
 
 namespace fs = std::filesystem;
 using client::Error;
@@ -77,10 +78,15 @@ JournalContent readJournal(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     if (!file) throw localError("cannot read " + printable(path), errno != 0 ? errno : EIO);
     JournalContent content;
+    size_t number = 1;
     try {
-        for (std::string line; std::getline(file, line) && !file.eof();) takeLine(Record::parse(line), content);
+        for (std::string line; std::getline(file, line) && !file.eof(); number++) {
+            takeLine(Record::parse(line), content);
+        }
     } catch (const Record::exception&) {
-        throw Error(ErrorKind::BadValue, printable(path) + " is no journal");
+        const bool isJournal = !content.digest.empty();
+        throw Error(ErrorKind::BadValue,
+                    printable(path) + (isJournal ? " is damaged in line " + std::to_string(number) : " is no journal"));
     }
     if (content.digest.empty()) throw Error(ErrorKind::BadValue, printable(path) + " is no journal");
     return content;
@@ -102,6 +108,7 @@ static void keepOld(const std::string& path) {
         std::error_code failure;
         fs::rename(path, kept, failure);
         if (failure) throw localError("cannot rename " + printable(path), failure.value());
+        say("the journal of the run before is kept as " + kept + ", for 'qvpctl revert'");
         return;
     }
 }
@@ -135,9 +142,13 @@ Journal Journal::goOn(const std::string& path) {
 
 void Journal::write(const Record& record) {
     const std::string line = jsonLine(record);
+    const off_t before = lseek(file_.descriptor(), 0, SEEK_END);
     const ssize_t written = ::write(file_.descriptor(), line.data(), line.size());
     if (written == static_cast<ssize_t>(line.size()) && fdatasync(file_.descriptor()) == 0) return;
-    throw localError("cannot write the journal", written < 0 ? errno : ENOSPC);
+    const int reason = written < 0 ? errno : ENOSPC;
+    if (ftruncate(file_.descriptor(), before) != 0) {  // half a line, which the next run cuts off
+    }
+    throw localError("cannot write the journal", reason);
 }
 
 // Texts of a camera may be any bytes, which JSON does not carry: such a one cannot be put back.
@@ -169,8 +180,12 @@ void Journal::noteBefore(const client::CameraPlan& plan) {
         }
     }
     for (const client::Setting& setting : client::allSettings()) {
-        if (setting.group != client::Group::Basic) continue;
-        if (const auto value = valueOf(setting)) basic[setting.key] = *value;
+        if (setting.group != client::Group::Basic || setting.isReadOnly()) continue;
+        if (const auto value = valueOf(setting)) {
+            basic[setting.key] = *value;
+        } else if (plan.isOnlyHeard()) {
+            lost.push_back(setting.key);  // it is told all of them, and has said only some
+        }
     }
     write({
         {"mac",    client::macText(plan.found.camera.mac)},

@@ -16,6 +16,12 @@ using client::ErrorKind;
 
 static constexpr std::string_view kOpening = "{\"plan\":1,";
 
+// The table itself, say.
+static void refuseOtherThanPlan(const std::string& path) {
+    if (!fs::is_regular_file(path) || fs::is_empty(path) || readWhole(path).starts_with(kOpening)) return;
+    throw Error(ErrorKind::Local, printable(path) + " is there already, and is no plan: give the plan another name");
+}
+
 void SavedPlan::save(const std::string& path, const std::string& file, const std::vector<Reading>& readings) {
     Record cameras = Record::object(), wanted = Record::object();
     for (const Reading& one : readings) {
@@ -24,15 +30,17 @@ void SavedPlan::save(const std::string& path, const std::string& file, const std
         cameras[mac] = changesOf(one.plan->changes);
         wanted[mac] = digestOf(one.camera->assignments);
     }
-    errno = 0;
-    std::ofstream output(path, std::ios::binary | std::ios::trunc);
-    output << jsonLine({
+    refuseOtherThanPlan(path);
+    const std::string text = jsonLine({
         {"plan",    1                          },
         {"file",    fs::absolute(file).string()},
         {"digest",  digestOfCameraFile(file)   },
         {"wanted",  wanted                     },
         {"cameras", cameras                    }
     });
+    errno = 0;
+    std::ofstream output(path, std::ios::binary | std::ios::trunc);
+    output << text;
     output.close();
     if (!output) throw client::localError("cannot write " + printable(path), errno != 0 ? errno : EIO);
 }

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <span>
 #include <sstream>
 #include <utility>
 
@@ -105,12 +106,14 @@ std::string pathOf(const std::string& path, const CameraFile& file, client::Plac
 }
 
 Error faultsOf(const std::string& path, const CameraFile& file, const std::vector<Fault>& faults) {
+    constexpr size_t kMostShown = 100;
     std::string list;
-    for (const Fault& fault : faults) {
+    for (const Fault& fault : std::span(faults).first(std::min(faults.size(), kMostShown))) {
         const std::string column = fault.place.column > 0 ? " column " + std::to_string(fault.place.column) + ":" : "";
         list += "\n  " + printable(pathOf(path, file, fault.place)) + ":" + std::to_string(fault.place.line) + ":" +
                 column + " " + printable(fault.text);
     }
+    if (faults.size() > kMostShown) list += "\n  and " + std::to_string(faults.size() - kMostShown) + " more";
     return Error(ErrorKind::BadValue, "nothing is sent: " + printable(path) + " has " + std::to_string(faults.size()) +
                                           (faults.size() == 1 ? " fault" : " faults") + list);
 }

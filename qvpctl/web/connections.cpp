@@ -7,14 +7,14 @@
 static constexpr std::chrono::seconds kPatience(30);
 
 // The server sees the end of it and does the rest.
-static void close(int socket) { shutdown(socket, SHUT_RDWR); }
+static void shut(int socket) { shutdown(socket, SHUT_RDWR); }
 
 void IdleConnections::begin(int socket) {
     const std::scoped_lock lock(mutex_);
     since_[socket] = Clock::now();
     if (since_.size() <= kMost) return;
     const auto oldest = std::ranges::min_element(since_, {}, [](const auto& one) { return one.second; });
-    close(oldest->first);
+    shut(oldest->first);
     since_.erase(oldest);
 }
 
@@ -27,7 +27,7 @@ void IdleConnections::tick() {
     const std::scoped_lock lock(mutex_);
     std::erase_if(since_, [](const auto& one) {
         const bool isSlow = Clock::now() - one.second >= kPatience;
-        if (isSlow) close(one.first);
+        if (isSlow) shut(one.first);
         return isSlow;
     });
 }

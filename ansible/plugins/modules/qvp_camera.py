@@ -133,6 +133,11 @@ OWN_ARGUMENTS = {
 }
 
 
+# Columns of a table that set nothing: what a camera tells of itself.
+INFORMATION = ("mac", "address", "brand", "product", "model", "firmware", "hardware", "httpPort", "netmask", "gateway", "dns",
+               "dhcp", "localTime", "timezone", "daylightSaving", "url", "interface", "answered", "problems")
+
+
 def text_of(module, key, value):
     if isinstance(value, bool):
         return "on" if value else "off"
@@ -151,6 +156,8 @@ def wanted(module, secrets):
     """{key: cell} of what is asked for."""
     cells = {}
     for key, value in module.params["settings"].items():
+        if key in INFORMATION:
+            module.fail_of("bad-value", "%s is no setting: a camera tells it, and takes none" % key)
         text = text_of(module, key, value)
         if text:
             cells[key] = cell(text)
