@@ -193,6 +193,7 @@ def test_a_thousand_half_open_connections(page):
     with open(f"/proc/{page.process.pid}/status") as status:
         resident = next(int(line.split()[1]) for line in status if line.startswith("VmRSS"))
     assert resident < 200 * 1024, "kilobytes"
+    assert len(os.listdir(f"/proc/{page.process.pid}/fd")) < 200, "the oldest were closed"
     for connection in connections:
         connection.close()
 
