@@ -36,7 +36,8 @@ MAY_INCLUDE = {
     "qvpctl": CLIENT | {"protocol"},
     "qvpctl/fleet": CLIENT | {"qvpctl", "protocol"},
     "qvpctl/metrics": CLIENT | {"qvpctl", "protocol"},
-    "qvpctl/commands": CLIENT | {"qvpctl", "qvpctl/fleet", "qvpctl/metrics", "protocol"},
+    "qvpctl/web": CLIENT | {"qvpctl", "qvpctl/fleet", "protocol"},
+    "qvpctl/commands": CLIENT | {"qvpctl", "qvpctl/fleet", "qvpctl/metrics", "qvpctl/web", "protocol"},
 }
 OUTSIDE = {"tests", "virtual-camera", "bench", "build"}  # top folders whose sources are not on a floor
 ROOTS = ["", "src", "platform", LINUX]  # what the compiler searches
