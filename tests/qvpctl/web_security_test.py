@@ -202,7 +202,7 @@ def test_streams_are_counted_and_end_with_their_browser():
     page = Page().enter()
     streams = [page.events() for _ in range(16)]
     assert [stream.next()[0] for stream in streams] == ["snapshot"] * 16
-    refused(page.ask("GET", "/api/events"), "too-many", 429)
+    assert page.events().status == 429
     assert page.ask("GET", "/api/session").status == 200
     streams.pop().close()
     wait_until(lambda: one_more(page, streams), "room for another")
