@@ -13,10 +13,22 @@ static constexpr std::chrono::milliseconds kTellEvery(250);
 static constexpr size_t kMostNews = 200;
 static constexpr time_t kSeenEvery = 10;  // seconds; that a camera was seen again is no news each time
 
-CameraTable::Entry* CameraTable::entryFor(const std::string& mac) {
+// In a full table, one that answers takes the place of one that was only heard: reports are easily made up.
+CameraTable::Entry* CameraTable::entryFor(const std::string& mac, bool answered) {
     const auto known = cameras_.find(mac);
     if (known != cameras_.end()) return &known->second;
-    return cameras_.size() < kMost ? &cameras_[mac] : nullptr;
+    if (cameras_.size() >= kMost) {
+        const auto heard = std::ranges::find_if(cameras_, [](const auto& one) { return !one.second.found.answered; });
+        if (!answered || heard == cameras_.end()) return nullptr;
+        remove(heard);
+    }
+    return &cameras_[mac];
+}
+
+std::map<std::string, CameraTable::Entry>::iterator CameraTable::remove(std::map<std::string, Entry>::iterator camera) {
+    move(camera->first, camera->second.found.camera.address, Ipv4{});
+    changed_.erase(camera->first);
+    return cameras_.erase(camera);
 }
 
 void CameraTable::move(const std::string& mac, Ipv4 from, Ipv4 to) {
@@ -53,7 +65,7 @@ static Found merged(const Found& known, const Found& heard) {
 
 bool CameraTable::take(const Found& found, Time now, time_t clock) {
     const std::string mac = client::macText(found.camera.mac);
-    Entry* entry = entryFor(mac);
+    Entry* entry = entryFor(mac, found.answered);
     if (entry == nullptr) return false;
     const bool isNew = entry->seenClock == 0;
     const bool isMoved = !client::isSame(entry->found.camera.address, found.camera.address);
@@ -75,18 +87,17 @@ void CameraTable::endSearch(const std::vector<Found>& answered, Time now) {
     }
     for (auto& [mac, entry] : cameras_) {
         const auto found = macs.find(mac);
+        const bool hasMissed = found == macs.end(), sharesMac = !hasMissed && found->second;
+        const bool isSame = entry.isAsked && entry.hasMissed == hasMissed && entry.found.sharesMac == sharesMac;
+        if (!isSame) changed_.insert(mac);
         entry.isAsked = true;
-        entry.hasMissed = found == macs.end();
-        entry.found.sharesMac = found != macs.end() && found->second;
-        changed_.insert(mac);
+        entry.hasMissed = hasMissed;
+        entry.found.sharesMac = sharesMac;
     }
     if (cameras_.size() < kMost) return;
-    std::erase_if(cameras_, [&](const auto& one) {
-        if (!isSilent(one.second, now)) return false;
-        move(one.first, one.second.found.camera.address, Ipv4{});
-        changed_.erase(one.first);
-        return true;
-    });
+    for (auto camera = cameras_.begin(); camera != cameras_.end();) {
+        camera = isSilent(camera->second, now) ? remove(camera) : std::next(camera);
+    }
 }
 
 bool CameraTable::isSilent(const Entry& entry, Time now) { return entry.hasMissed && now - entry.seen >= kPatience; }
@@ -170,10 +181,12 @@ std::optional<Found> CameraTable::find(const std::string& mac) const {
     return known != cameras_.end() ? std::optional(known->second.found) : std::nullopt;
 }
 
-std::vector<Found> CameraTable::all() const {
+std::vector<Found> CameraTable::present(Time now) const {
     std::vector<Found> found;
     found.reserve(cameras_.size());
-    for (const auto& [mac, entry] : cameras_) found.push_back(entry.found);
+    for (const auto& [mac, entry] : cameras_) {
+        if (!isSilent(entry, now)) found.push_back(entry.found);
+    }
     return found;
 }
 

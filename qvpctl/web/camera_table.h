@@ -32,7 +32,7 @@ public:
     bool isDoubtful(Time now) const;
 
     std::optional<client::Found> find(const std::string& mac) const;
-    std::vector<client::Found> all() const;
+    std::vector<client::Found> present(Time now) const;  // those that are not silent
     Record records(Time now) const;
 
 private:
@@ -48,7 +48,8 @@ private:
         time_t toldClock = 0;
     };
 
-    Entry* entryFor(const std::string& mac);
+    Entry* entryFor(const std::string& mac, bool answered);
+    std::map<std::string, Entry>::iterator remove(std::map<std::string, Entry>::iterator camera);
     void move(const std::string& mac, Ipv4 from, Ipv4 to);
     bool sharesAddress(const Entry& entry) const;
     Record recordOf(const Entry& entry, Time now) const;

@@ -57,7 +57,7 @@ std::optional<Found> WebState::camera(const std::string& mac) const {
 
 std::vector<Found> WebState::cameras() const {
     const std::scoped_lock lock(mutex_);
-    return cameras_.all();
+    return cameras_.present(SteadyClock::now());
 }
 
 void WebState::tellSearch(Record search) {

@@ -35,7 +35,8 @@ MAY_INCLUDE = {
     "client/fleet": {"client", "client/commands", "client/settings", "client/session", "protocol"},
     "qvpctl": CLIENT | {"protocol"},
     "qvpctl/fleet": CLIENT | {"qvpctl", "protocol"},
-    "qvpctl/commands": CLIENT | {"qvpctl", "qvpctl/fleet", "protocol"},
+    "qvpctl/web": CLIENT | {"qvpctl", "qvpctl/fleet", "protocol"},
+    "qvpctl/commands": CLIENT | {"qvpctl", "qvpctl/fleet", "qvpctl/web", "protocol"},
 }
 OUTSIDE = {"tests", "virtual-camera", "bench", "build"}  # top folders whose sources are not on a floor
 ROOTS = ["", "src", "platform", LINUX]  # what the compiler searches

@@ -91,13 +91,11 @@ class Page:
     """A server of its own, and a browser that it knows."""
 
     def __init__(self, *options, password=None, **environment):
-        variables = {**os.environ, **environment}
-        variables.pop("QVPCTL_PASSWORD", None)
-        if password:
-            variables["QVPCTL_PASSWORD"] = password
+        given = {**os.environ, "QVPCTL_PASSWORD": password, **environment}
+        variables = {name: value for name, value in given.items() if value is not None}
         self.log = tempfile.TemporaryFile()
         self.process = subprocess.Popen([TOOL, "web", "--print", "--wait", "0.5", *options], stdin=subprocess.DEVNULL,
-                                        stdout=subprocess.PIPE, stderr=self.log, env=variables, text=True)
+                                        stdout=subprocess.PIPE, stderr=self.log, env=variables, text=True, start_new_session=True)
         self.url = self.process.stdout.readline().strip()
         match = re.fullmatch(r"http://127\.0\.0\.1:(\d+)/\?token=([0-9a-f]{32,})", self.url)
         assert match, (self.url, self.errors())
@@ -165,8 +163,10 @@ class Page:
     def find(self, *cameras):
         """Searches until all of them are there; their records."""
         stream = self.events()
+        self.post("/api/search")
         known = {}
-        while not {mac(camera) for camera in cameras} <= {name for name, record in known.items() if record["answered"]}:
+        wanted = [mac(camera) for camera in cameras]
+        while not all(known.get(name, {}).get("answered") for name in wanted):
             event, data = stream.next()
             for record in data["cameras"] if event == "snapshot" else [data] if event == "camera" else []:
                 known[record["mac"]] = record
@@ -194,7 +194,7 @@ class Page:
 
     def stop(self, number=signal.SIGTERM):
         if self.process.poll() is None:
-            self.process.send_signal(number)
+            os.killpg(self.process.pid, number)  # as a terminal does it
         status = self.process.wait(timeout=PATIENCE)
         self.process.stdout.close()
         return status

@@ -153,13 +153,17 @@ TEST_F(CameraTableTest, BothOfAnAddressAreToldAndBothThatItIsOver) {
 
 TEST_F(CameraTableTest, TakesNoMoreThanItsBound) {
     for (uint32_t i = 0; i < 10001; i++) take(camera(i + 1, false));
-    EXPECT_EQ(table.all().size(), 10000u);
+    EXPECT_EQ(table.present(now).size(), 10000u);
+    EXPECT_FALSE(table.find("02:00:00:00:27:11"));
+    take(camera(10001));
+    EXPECT_TRUE(table.find("02:00:00:00:27:11")) << "who answers takes the place of one that was only heard";
+    EXPECT_EQ(table.present(now).size(), 10000u);
     table.endSearch({}, now);
-    EXPECT_EQ(table.all().size(), 10000u);
+    EXPECT_EQ(table.present(now).size(), 10000u);
     pass(95s);
     take(camera(7));
     table.endSearch({camera(7)}, now);
-    EXPECT_EQ(table.all().size(), 1u) << "those that are silent make room";
+    EXPECT_EQ(table.present(now).size(), 1u) << "those that are silent make room";
     table.news(now);
 }
 

@@ -60,6 +60,11 @@ TEST(FleetBody, ATablesSecretsComeByTheirReference) {
     EXPECT_EQ(valueOf(file.cameras.at(1).assignments.at(0)), "two");
 }
 
+TEST(FleetBody, DepthIsBounded) {
+    EXPECT_NO_THROW(JsonBody(R"({"a":[[[[1]]]]})"));
+    EXPECT_THROW(JsonBody(R"({"a":[[[[[[[[[1]]]]]]]]]})"), client::Error);
+}
+
 TEST(FleetBody, WhatIsNoRequestIsRefused) {
     for (const char* json :
          {"{}", "[]", R"({"csv":1})", R"({"cameras":[]})", R"({"cameras":{}})", R"({"cameras":[1]})",
