@@ -38,7 +38,7 @@ def test_nobody_gets_in_without_the_token(server):
         answer = server.ask("GET", f"/?token={token}")
         assert answer.status == 403 and "Set-Cookie" not in answer.headers, token
         assert b"qvpctl web" in answer.body, "the page says what to do"
-    for path in ("/", "/page.css", "/page.js", "/nothing"):
+    for path in ("/", "/page.css", "/main.js", "/nothing"):
         answer = server.ask("GET", path)
         assert (answer.status, answer.headers["Content-Type"]) == (403, "text/html; charset=utf-8")
     for path in ("/api/session", "/api/events", "/api/settings", "/api/export.csv", "/api/nothing"):
