@@ -38,7 +38,7 @@ def test_nobody_gets_in_without_the_token(server):
         answer = server.ask("GET", f"/?token={token}")
         assert answer.status == 403 and "Set-Cookie" not in answer.headers, token
         assert b"qvpctl web" in answer.body, "the page says what to do"
-    for path in ("/", "/page.css", "/page.js", "/nothing"):
+    for path in ("/", "/page.css", "/main.js", "/nothing"):
         answer = server.ask("GET", path)
         assert (answer.status, answer.headers["Content-Type"]) == (403, "text/html; charset=utf-8")
     for path in ("/api/session", "/api/events", "/api/settings", "/api/export.csv", "/api/nothing"):
@@ -66,7 +66,7 @@ def test_the_cookie_of_another_server_is_none_here(page):
 
 
 def test_the_token_is_in_no_file_of_the_page(page):
-    for path in ("/", "/page.js", "/page.css", "/api/session"):
+    for path in ("/", "/main.js", "/page.css", "/api/session"):
         body = page.ask("GET", path).body
         assert page.token.encode() not in body and page.cookie.split("=")[1].encode() not in body
 
@@ -146,7 +146,7 @@ def test_only_the_files_of_the_page_are_served(page, path):
 
 
 def test_the_files_of_the_page_are_served_as_what_they_are(page):
-    for path, kind in (("/", "text/html"), ("/page.css", "text/css"), ("/page.js", "text/javascript")):
+    for path, kind in (("/", "text/html"), ("/page.css", "text/css"), ("/main.js", "text/javascript")):
         answer = page.ask("GET", path)
         assert (answer.status, answer.headers["Content-Type"]) == (200, f"{kind}; charset=utf-8")
         assert len(answer.body) == int(answer.headers["Content-Length"]) > 0
