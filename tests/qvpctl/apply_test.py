@@ -4,9 +4,11 @@ pytest itself runs inside the virtual LAN:
   virtual-camera/virtual-camera run -n 0 -- /usr/bin/python3 -m pytest tests/qvpctl/apply_test.py
 """
 import json
+import os
+import subprocess
 
 import pytest
-from cameras import JSON, MARK, PLAIN, columns, get, living, mac, reporting
+from cameras import JSON, MARK, PLAIN, TOOL, columns, get, living, mac, reporting
 from fleet_files import (answers_counted, by_mac, discovered, keep_answers_back, let_answers_through, read_until, refused,
                          results, run, start, write)
 
@@ -74,6 +76,26 @@ def test_nothing_to_change_is_said(camera, tmp_path):
     result = run(PLAIN, "apply", site)
     assert result.out.endswith("1 camera: 1 unchanged; nothing had to change\n")
     assert (result.err, camera.board_log()) == ("", [])
+
+
+def test_the_column_address_sets_nothing_and_that_is_said(camera, tmp_path):
+    site = write(tmp_path, "mac,name,address", (camera, f"Camera {camera.number}", "198.18.7.77"))
+    for command in ("apply", "diff"):
+        result = run(PLAIN, command, site)
+        assert "its column address says 198.18.7.77: that sets nothing, ipv4.address does" in result.err
+    assert camera.board_log() == []
+
+
+def test_whoever_reads_the_records_may_go(lan, tmp_path):
+    cameras = [living(camera) for camera in lan.cameras(3)]
+    site = write(tmp_path, "mac,name", *((camera, f"Hall {camera.number}") for camera in cameras))
+    reader, writer = os.pipe()
+    os.close(reader)
+    result = subprocess.run([TOOL, "apply", site, "--json", "--wait", "0.5"], stdout=writer, stderr=subprocess.PIPE, text=True,
+                            check=False, timeout=120, env={**os.environ, "QVPCTL_PASSWORD": "admin"})
+    os.close(writer)
+    assert result.returncode == 3, result
+    assert [get(camera, "name") for camera in cameras] == [f"Hall {camera.number}" for camera in cameras]
 
 
 def test_the_first_camera_is_the_one_that_shows_what_is_wrong(lan, tmp_path):

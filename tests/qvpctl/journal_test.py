@@ -4,6 +4,7 @@ pytest itself runs inside the virtual LAN:
   virtual-camera/virtual-camera run -n 0 -- /usr/bin/python3 -m pytest tests/qvpctl/journal_test.py
 """
 import os
+import signal
 import subprocess
 from pathlib import Path
 
@@ -125,3 +126,39 @@ def test_a_saved_plan_is_bound_to_what_was_seen(lan, tmp_path):
     write(tmp_path, "mac,name,wifi.ssid", (first, "One", "Office"), (second, "Two", "Hall"))
     assert "was changed since the plan was made" in run(PLAIN, "apply", str(plan), status=2).err
     assert MARK not in plan.read_text() + result.out + result.err + again.out + again.err
+
+
+def test_a_plan_takes_no_file_away(camera, tmp_path):
+    site = write(tmp_path, "mac,name", (camera, "One"))
+    text = Path(site).read_text()
+    assert "is there already, and is no plan" in run(PLAIN, "plan", site, "-o", site, status=3).err
+    assert Path(site).read_text() == text
+    for _ in range(2):  # a plan gives way to a newer one
+        run(PLAIN, "plan", site, "-o", str(tmp_path / "monday"))
+
+
+def test_a_damaged_line_of_a_journal_is_named(camera, tmp_path):
+    site = write(tmp_path, "mac,name", (camera, "One"))
+    run(PLAIN, "apply", site)
+    journal = Path(site + ".journal")
+    lines = journal.read_text().splitlines(keepends=True)
+    journal.write_text(lines[0] + '{"mac": "02:5\n' + "".join(lines[1:]))
+    assert "is damaged in line 2" in run(PLAIN, "revert", str(journal), status=2).err
+
+
+def test_a_journal_that_cannot_be_written_stops_the_run(lan, tmp_path):
+    """Nothing is changed that could not be put back, and the run is gone on with when there is room."""
+    hall = [living(camera) for camera in lan.cameras(4)]
+    site = write(tmp_path, "mac,name", *((camera, f"Hall {camera.number}") for camera in hall))
+    limited = ["prlimit", "--fsize=600", "--", TOOL, "apply", site, "--wait", "0.5", "--parallel", "2"]
+    result = subprocess.run(limited, capture_output=True, text=True, check=False, timeout=120,
+                            env={**os.environ, "QVPCTL_PASSWORD": "admin"}, preexec_fn=ignore_file_size)
+    assert (result.returncode, result.stderr.count("cannot write the journal")) == (3, 1), result
+    assert "once more" not in result.stderr
+    records, _ = by_mac(run(JSON, "apply", site, "--resume"))
+    assert set(results(records, hall)) == {"unchanged", "changed"}
+    assert [get(camera, "name") for camera in hall] == [f"Hall {camera.number}" for camera in hall]
+
+
+def ignore_file_size():
+    signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
