@@ -122,6 +122,12 @@ def test_a_secret_is_one_line(run, secret):
     assert "password has to be one line" in result.value["msg"] and result.call is None
 
 
+@pytest.mark.parametrize("key", ["address", "product", "mac"])
+def test_what_a_camera_tells_is_no_setting(run, key):
+    result = run("qvp_camera", settings={key: "198.18.7.7"})
+    assert f"{key} is no setting" in result.value["msg"] and result.call is None
+
+
 @pytest.mark.parametrize("status, code", [
     (1, "not-found"), (3, "this-machine"), (4, "credentials-refused"), (5, "refused"), (6, "unverified")])
 def test_what_a_camera_failed_with(run, status, code):
