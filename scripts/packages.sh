@@ -7,9 +7,10 @@
         libtomlplusplus-dev iproute2 util-linux busybox dnsmasq-base)
     test_packages=(libgtest-dev libgmock-dev python3 python3-pytest python3-jsonschema python3-prometheus-client
         python3-pyte strace tzdata zsh fish groff-base mandoc)
+    page_packages=(chromium chromium-driver python3-selenium)
     test_all_packages=(googletest g++-mips-linux-gnu libc6-dev-mips-cross qemu-user musl-tools clang-format clang-tidy
         shellcheck valgrind tshark lua-check lua5.4 debhelper dpkg-dev lintian mmdebstrap systemd uidmap make mkdocs
-        ansible-core ansible-lint pyflakes3 dropbear-bin openssh-client chromium chromium-driver python3-selenium)
+        ansible-core ansible-lint pyflakes3 dropbear-bin openssh-client "${page_packages[@]}")
     bench_packages=(python3 binutils strace valgrind)
 }
 
