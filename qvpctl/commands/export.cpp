@@ -34,7 +34,7 @@ struct ExportOptions {
 };
 
 static std::vector<Exported> readAll(const ExportOptions& options, const CommonOptions& common, int stop) {
-    const client::Login login = readLogin(common);
+    client::Login login = readLogin(common);
     const std::vector<client::Found> found = callRoll(common, stop, {});
     std::vector<Exported> cameras = readForExport(
         found, [&](Mac) { return login; }, options.fleet.parallel, common, stop);
