@@ -70,7 +70,7 @@ def test_a_block_may_be_left_out_with_a_reason():
 def test_few_are_left_out():
     pages = [SOURCE / "README.md", *(SOURCE / "docs").rglob("*.md")]
     left_out = [block for page in pages for block in LEFT_OUT.findall(page.read_text())]
-    assert 1 <= len(left_out) <= 4
+    assert 1 <= len(left_out) <= 6
 
 
 def test_commands_in_other_blocks_are_found():
