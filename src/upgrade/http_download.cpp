@@ -101,8 +101,7 @@ int receive_http_header(int socket, char* buffer, int capacity) {
 
 // Takes the length of the body that a header announces; false when it announces none, or its status is not 200.
 static bool takeBodyLength(const char* header, long& length) {
-    int status = 0;
-    if (sscanf(header + 8, "%d", &status) != 1 || status != 200) return false;
+    if (strtol(header + 8, nullptr, 10) != 200) return false;  // a number beyond all numbers stays beyond them
     const char* field = strstr(header, "Content-Length:");
     if (field == nullptr) return false;
     length = strtol(field + 16, nullptr, 10);

@@ -32,20 +32,37 @@ static void readRuleText(TextKey key, size_t most, char (&text)[kTextSize]) {
     text[most] = '\0';
 }
 
+// As far as it is one that fits.
+static bool takeNumber(const char*& text, int32_t& number) {
+    char* end;
+    const long long value = strtoll(text, &end, 10);
+    if (end == text || value < INT32_MIN || value > INT32_MAX) return false;
+    text = end;
+    number = static_cast<int32_t>(value);
+    return true;
+}
+
 // "<sign><hours>:<minutes>".
 static bool parseShift(const char* text, int32_t& minutes) {
-    int hours = 0;
-    int rest = 0;
-    if (text[0] == '\0' || sscanf(text + 1, "%d:%d", &hours, &rest) != 2) return false;
+    int32_t hours = 0;
+    int32_t rest = 0;
+    if (text[0] == '\0') return false;
+    const char* at = text + 1;
+    if (!takeNumber(at, hours) || *at++ != ':' || !takeNumber(at, rest)) return false;
     uint32_t shift = static_cast<uint32_t>(hours) * 60u + static_cast<uint32_t>(rest);
     minutes = static_cast<int32_t>(text[0] == '-' ? 0u - shift : shift);
     return true;
 }
 
+// "M<month>.<week>.<weekday>/<hour>:<minute>:<second>", and anything behind it.
 static bool parseRuleDate(const char* text, RuleDate& date) {
-    int second = 0;
-    return sscanf(text, "M%d.%d.%d/%d:%d:%d", &date.month, &date.week, &date.weekday, &date.hour, &date.minute,
-                  &second) == 6;
+    int32_t second = 0;
+    int32_t* const numbers[] = {&date.month, &date.week, &date.weekday, &date.hour, &date.minute, &second};
+    const char* mark = "M../::";
+    for (int32_t* number : numbers) {
+        if (*text++ != *mark++ || !takeNumber(text, *number)) return false;
+    }
+    return true;
 }
 
 static bool readRule(TimezoneRule& rule) {

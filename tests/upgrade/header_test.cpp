@@ -191,6 +191,8 @@ const ReplyRow kReplies[] = {
     {"2000", withStatus("HTTP/1.1 2000 OK"), -1, Buffer::Old},
     {"20", withStatus("HTTP/1.1 20 OK"), -1, Buffer::Old},
     {"-200", withStatus("HTTP/1.1 -200 OK"), -1, Buffer::Old},
+    {"200 and two to the power of 32", withStatus("HTTP/1.1 4294967496 OK"), -1, Buffer::Old},
+    {"number beyond all numbers", withStatus("HTTP/1.1 18446744073709551816 OK"), -1, Buffer::Old},
     {"no number", withStatus("HTTP/1.1 OK 200"), -1, Buffer::Old},
     {"number in another place", withStatus("HTTP/2 200 OK"), -1, Buffer::Old},
     {"number first", withStatus("200 OK"), -1, Buffer::Old},

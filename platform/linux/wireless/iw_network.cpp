@@ -6,15 +6,23 @@
 
 #include "common/numbers.h"
 
-bool startNetwork(const char* line, Network& network) {
-    unsigned octets[6];
-    if (sscanf(line, "BSS %2x:%2x:%2x:%2x:%2x:%2x", &octets[0], &octets[1], &octets[2], &octets[3], &octets[4],
-               &octets[5]) != 6) {
-        return false;
+// "02:00:5e:00:53:01", and anything behind it.
+static bool takeBssid(const char* text, char (&bssid)[18]) {
+    for (size_t i = 0; i < sizeof bssid - 1; i++) {
+        const bool isFitting = i % 3 == 2 ? text[i] == ':' : hexDigit(text[i]) >= 0;
+        if (!isFitting) return false;
+        bssid[i] = static_cast<char>(text[i] | 0x20);  // in lower case
     }
+    bssid[sizeof bssid - 1] = '\0';
+    return true;
+}
+
+bool startNetwork(const char* line, Network& network) {
+    static constexpr char kStart[] = "BSS ";
+    char bssid[18];
+    if (strncmp(line, kStart, sizeof kStart - 1) != 0 || !takeBssid(line + sizeof kStart - 1, bssid)) return false;
     network = {};
-    snprintf(network.bssid, sizeof network.bssid, "%02x:%02x:%02x:%02x:%02x:%02x", octets[0], octets[1], octets[2],
-             octets[3], octets[4], octets[5]);
+    memcpy(network.bssid, bssid, sizeof bssid);
     return true;
 }
 

@@ -266,7 +266,14 @@ TEST(IwScan, EndsWhereTheTextEnds) {
         const std::vector<char> exact(text.begin(), text.end());  // so that a sanitizer sees a read behind it
         char list[1000];
         const int networks = siteListFromScan(exact.data(), exact.size(), list, sizeof list);
-        EXPECT_EQ(networks, length >= strlen("BSS 02:00:5e:00:53:0") ? 1 : 0) << length;
+        EXPECT_EQ(networks, length >= strlen("BSS 02:00:5e:00:53:01") ? 1 : 0) << length;
+    }
+}
+
+TEST(IwScan, TakesNothingElseForAnAddress) {
+    for (const char* line : {"BSS -1:0:0:0:0:0", "BSS 02:00:5e:00:53:-1", "BSS 02:00:5e:00:53", "BSS 02:00:5e:00:53:0",
+                             "BSS 02:00:5e:00:53:0g", "BSS  2:00:5e:00:53:01", "BSS 0x:00:5e:00:53:01", "BSS "}) {
+        EXPECT_EQ(listed(std::string(line) + "(on wlan0)\n\tfreq: 2437\n", 0), kHeading) << line;
     }
 }
 
