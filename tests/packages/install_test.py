@@ -25,8 +25,8 @@ CAMERA = """
 
 
 SOURCE = pathlib.Path(__file__).parents[2]
-PAGES = ("*.md", "docs/**/*.md", "docs/images/*.svg", "docs/*.schema.json", "docs/qvpctl.1", "packaging/**/*.md",
-         "virtual-camera/*.md", "wireshark/*.md")
+PAGES = ("*.md", "docs/**/*.md", "docs/images/*.svg", "docs/images/*.png", "docs/*.schema.json", "docs/qvpctl.1", "packaging/**/*.md",
+         "virtual-camera/*.md", "wireshark/*.md", "ansible/*.md")
 
 
 def documents():
@@ -44,15 +44,21 @@ def folders_of_camera():
             for path in (source / folder).rglob("*") if path.is_symlink() or path.is_file()}
 
 
+def collection():
+    source = SOURCE / "ansible"
+    return {f"share/ansible/collections/ansible_collections/qvp/cameras/{path.relative_to(source)}"
+            for path in source.rglob("*") if path.is_file() and path.parent.name != "__pycache__"}
+
+
 @pytest.mark.parametrize("component, files", [("daemon", DAEMON), ("tool", TOOL), ("virtual-camera", CAMERA)])
 def test_a_component_is_what_its_package_holds(tmp_path, component, files):
-    more = {"daemon": documents, "virtual-camera": folders_of_camera}.get(component, set)
+    more = {"daemon": documents, "tool": collection, "virtual-camera": folders_of_camera}[component]
     expected = set(files.split()) | more()
     assert install(tmp_path, "--component", component) == expected
 
 
 def test_no_file_is_without_a_component(tmp_path):
-    expected = set((DAEMON + TOOL + CAMERA).split()) | folders_of_camera() | documents()
+    expected = set((DAEMON + TOOL + CAMERA).split()) | folders_of_camera() | documents() | collection()
     assert install(tmp_path) == expected
 
 
