@@ -17,7 +17,7 @@ HELD = {
     "alert information: calls": 6.2,
     "discovery: instructions": 5_100,
     "discovery, landap: instructions": 5_100,
-    "stripped for MIPS, bytes": 75_900,  # 1,800 of them for traces that wait for nobody and an interface made again
+    "stripped for MIPS, bytes": 76_200,  # 2,100 of them for traces that wait for nobody, an interface made again and numbers within bounds
 }
 
 # Shown only.

@@ -29,7 +29,10 @@ static void tellName(const char* name) {
 void keepBoundToInterface() {
     char name[IFNAMSIZ] = {};
     socklen_t size = sizeof name;
-    if (getsockopt(g_nSocket, SOL_SOCKET, SO_BINDTODEVICE, name, &size) == 0) return tellName(name);
+    if (getsockopt(g_nSocket, SOL_SOCKET, SO_BINDTODEVICE, name, &size) == 0) {
+        if (size > 0) tellName(name);
+        return;
+    }
     if (errno != ENODEV || bindToInterface(g_szInterfaceName) < 0) return;
     readDeviceMac();
     trace("qvp(%s): the interface is there again\n", g_szInterfaceName);

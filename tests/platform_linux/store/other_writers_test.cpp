@@ -94,6 +94,7 @@ TEST_F(StoreTest, WaitsForAnotherWriterOnlySoLong) {
     ASSERT_EQ(flock(other, LOCK_EX), 0);
     EXPECT_EQ(writeText("INFO", "Product", "new"), -1);
     EXPECT_EQ(bytes(), kOld);
+    requestBegins();
     int tries = 0;
     {
         CaughtFileCalls caught({.before = [&](const std::string& name) {
