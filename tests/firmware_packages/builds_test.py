@@ -68,6 +68,7 @@ def test_openwrt(tmp_path):
         "etc/qvp/": "",
         "usr/libexec/qvp-start": "755",
         "usr/sbin/qvp": "755",
+        "usr/sbin/qvp-store": "755",
     }
     [cache] = tmp_path.rglob("CMakeCache.txt")
     assert optimised_for_size(cache)
@@ -79,7 +80,7 @@ def test_buildroot(tmp_path):
     for init, start_files in BUILDROOT_START_FILES.items():
         image = tmp_path / init
         found = built(buildroot("image", **settings, TARGET_DIR=image, INIT=init), image)
-        assert found == {"etc/default/qvp": "644", "etc/qvp/": "", "usr/sbin/qvp": "755"} | start_files
+        assert found == {"etc/default/qvp": "644", "etc/qvp/": "", "usr/sbin/qvp": "755", "usr/sbin/qvp-store": "755"} | start_files
         assert (image / "etc/default/qvp").read_text() == 'QVP_INTERFACES="eth0 wlan0"\n'
     [cache] = tmp_path.rglob("CMakeCache.txt")
     assert optimised_for_size(cache)
@@ -102,6 +103,7 @@ def test_yocto(tmp_path):
         "etc/qvp/": "",
         "usr/lib/systemd/system/qvp@.service": "644",
         "usr/sbin/qvp": "755",
+        "usr/sbin/qvp-store": "755",
     }
     same(image, "etc/init.d/qvp", START_FILES / "S60qvp")
     same(image, "usr/lib/systemd/system/qvp@.service", START_FILES / "qvp@.service")

@@ -11,6 +11,7 @@ PATIENCE = 60
 
 DAEMON = """
     lib/systemd/system/qvp@.service lib/sysusers.d/qvp.conf lib/tmpfiles.d/qvp.conf libexec/qvp/remove-stale-pid-file sbin/qvp
+    sbin/qvp-store share/man/man8/qvp-store.8
     share/doc/qvp/examples/camera.ini share/doc/qvp/examples/qvp.init share/doc/qvp/examples/wireless.conf
     share/man/man3/qvp-platform.3 share/man/man8/qvp.8"""
 COMMANDS = """alert apply commit completion diff discover export factory-reset get help open passwd plan raw reboot revert scan set show

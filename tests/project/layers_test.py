@@ -19,6 +19,7 @@ MAY_INCLUDE = {
     f"{LINUX}/common": {"platform"},
     f"{LINUX}/network": {"platform", f"{LINUX}/common"},
     f"{LINUX}/store": {"platform", f"{LINUX}/common"},
+    f"{LINUX}/tools": {f"{LINUX}/store", "platform", f"{LINUX}/common"},
     f"{LINUX}/time_zone": {"platform", f"{LINUX}/common"},
     f"{LINUX}/wireless": {"platform", f"{LINUX}/common"},
     "src/system": set(),

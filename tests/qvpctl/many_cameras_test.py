@@ -1,14 +1,16 @@
-"""Telling cameras apart, through qvpctl alone: two with one address, and fifty.
+"""Telling cameras apart, through qvpctl alone: two with one address, fifty, and two hundred found again and again.
 
 pytest itself runs inside the virtual LAN:
   virtual-camera/virtual-camera run -n 0 -- /usr/bin/python3 -m pytest tests/qvpctl/many_cameras_test.py
 """
+import os
 from concurrent.futures import ThreadPoolExecutor
 
 import pytest
 from cameras import JSON, PLAIN, discover, living, mac, qvpctl, run
 
 both_forms = pytest.mark.parametrize("form", [PLAIN, JSON], ids=["plain", "json"])
+TWO_HUNDRED, TIMES = 200, int(os.environ.get("QVP_SEARCHES", "20"))
 FIFTY, MUTE, OTHER = 50, 17, 33  # how many cameras; the index of the mute one, and of the one with another password
 
 
@@ -45,3 +47,12 @@ def test_fifty_cameras(lan):
         names = {key: entry[1] for key, entry in discover(form, "--expect", str(FIFTY - 1)).items()}
         wanted = {mac(camera): f"{word} {camera.number}" for camera in cameras if camera is not cameras[MUTE]}
         assert names == {**wanted, mac(cameras[OTHER]): f"Camera {cameras[OTHER].number}"}
+
+
+def test_two_hundred_cameras_again_and_again(lan):
+    """All answer a broadcast at once, and none of them is lost in the tool's own receive buffer."""
+    cameras = {mac(camera) for camera in lan.cameras(TWO_HUNDRED, {})}
+    for _ in range(TIMES):
+        done = qvpctl("discover", "--csv", "--expect", str(TWO_HUNDRED))
+        assert done.status == 0, done.err
+        assert cameras == {line.split(",")[0] for line in done.out.splitlines()[1:]}

@@ -28,6 +28,8 @@ QVP_INTERFACES = $(call qstrip,$(BR2_PACKAGE_QVP_INTERFACES))
 
 define QVP_INSTALL_TARGET_CMDS
 	$(INSTALL) -D -m 0755 $(QVP_BUILDDIR)/qvp $(TARGET_DIR)/usr/sbin/qvp
+	test ! -e $(QVP_BUILDDIR)/qvp-store || \
+		$(INSTALL) -D -m 0755 $(QVP_BUILDDIR)/qvp-store $(TARGET_DIR)/usr/sbin/qvp-store
 	$(INSTALL) -d -m 0755 $(TARGET_DIR)/etc/default $(TARGET_DIR)/etc/qvp
 	printf 'QVP_INTERFACES="%s"\n' "$(QVP_INTERFACES)" > $(TARGET_DIR)/etc/default/qvp
 endef

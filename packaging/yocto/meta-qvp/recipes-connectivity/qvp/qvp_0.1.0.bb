@@ -29,6 +29,7 @@ INITSCRIPT_PARAMS = "defaults 60 40"
 # Both start it alike, so what Buildroot installs is installed here. The classes remove the one that the image does not use.
 do_install() {
     install -D -m 0755 ${B}/qvp ${D}${sbindir}/qvp
+    test ! -e ${B}/qvp-store || install -D -m 0755 ${B}/qvp-store ${D}${sbindir}/qvp-store
     install -D -m 0755 ${S}/packaging/buildroot/package/qvp/S60qvp ${D}${sysconfdir}/init.d/qvp
     install -D -m 0644 ${S}/packaging/buildroot/package/qvp/qvp@.service ${D}${systemd_system_unitdir}/qvp@.service
     install -d -m 0755 ${D}${sysconfdir}/default ${D}${sysconfdir}/qvp
