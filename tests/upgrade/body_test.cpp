@@ -86,6 +86,27 @@ TEST_F(Body, EndsWhereItWasAnnouncedToEnd) {
     EXPECT_EQ(bytesReceived(), kHeader10 + 10);
 }
 
+long mostMemoryInKib() {
+    rusage usage{};
+    EXPECT_EQ(getrusage(RUSAGE_SELF, &usage), 0);
+    return usage.ru_maxrss;
+}
+
+// A buffer of the announced size is asked for at once, but takes the camera's memory only as bytes come.
+TEST_F(Body, AnAnnouncedLengthTakesNoMemory) {
+    const long before = mostMemoryInKib();
+    HttpServer server([](Connection& connection) {
+        connection.readRequest();
+        connection.say("HTTP/1.1 200 OK\r\nContent-Length: 62914560\r\n\r\n0123456789");
+        connection.close();
+    });
+    Downloaded download;
+    EXPECT_EQ(http_download("camera", server.port(), "/x", &download.data), -1);
+    ASSERT_TRUE(download.isNew());
+    EXPECT_EQ(download.text(10), "0123456789");
+    EXPECT_LT(mostMemoryInKib() - before, 32 * 1024);
+}
+
 // How the connection or a wait goes wrong, and what is left of a body of ten bytes.
 struct BreakRow {
     const char* name;
