@@ -2,6 +2,7 @@
 // end the process at one, or slip something in before one.
 #pragma once
 
+#include <cerrno>
 #include <cstddef>
 #include <functional>
 #include <string>
@@ -16,6 +17,9 @@ struct FileCalls {
     bool noSync = false;                                            // fsync does nothing, for tests with many writes
     std::size_t mostBytes = 0;  // a write takes no more at once; 0: as many as it is given
 };
+
+// What a call on a file may say of the disk, the file system or this process; EINTR has a field of its own.
+constexpr int kPlausibleErrors[] = {EIO, ENOSPC, EDQUOT, EROFS, EACCES, ENOMEM, EMFILE};
 
 constexpr int kEndedAtCall = 77;  // exit status of a process that endAt ended
 

@@ -49,15 +49,18 @@ TEST_P(StoreSteps, LeaveTheOldStoreOrTheNewOneWhenTheWriterEnds) {
     EXPECT_GE(news, 2);  // sync the folder, close
 }
 
-// Each system call fails in turn.
-TEST_P(StoreSteps, LeaveTheOldStoreOrTheNewOneWhenACallFails) {
+// Each system call fails in turn, in each way that a disk, a file system or the kernel has.
+class StoreErrors : public StoreTest, public testing::WithParamInterface<std::tuple<size_t, int>> {};
+
+TEST_P(StoreErrors, LeaveTheOldStoreOrTheNewOne) {
+    const auto [mostBytes, error] = GetParam();
     int failures = 0;
     bool reached = true;
     for (int step = 1; reached; step++) {
         put(kOld);
         int result;
         {
-            CaughtFileCalls caught({.failAt = step, .error = EIO, .mostBytes = GetParam()});
+            CaughtFileCalls caught({.failAt = step, .error = error, .mostBytes = mostBytes});
             result = writeText("INFO", "Product", "new");
             reached = caught.made() >= step;
         }
@@ -73,6 +76,8 @@ TEST_P(StoreSteps, LeaveTheOldStoreOrTheNewOneWhenACallFails) {
 
 // Whole writes, and pieces of 7 bytes.
 INSTANTIATE_TEST_SUITE_P(Pieces, StoreSteps, testing::Values(0, 7));
+INSTANTIATE_TEST_SUITE_P(EveryError, StoreErrors,
+                         testing::Combine(testing::Values(0, 7), testing::ValuesIn(kPlausibleErrors)));
 
 TEST_F(StoreTest, IsWholeAfterInterruptedCalls) {
     bool reached = true;
