@@ -9,7 +9,8 @@ from dataclasses import dataclass, field
 import clock
 import survey
 import wireless
-from wire import BY_MAC, DONE, HEADER, LANDAP, MAGIC_OF_REQUESTS, NOT_ALLOWED, PRIMARY, REFUSED, Reply, Request, le16, le32
+from wire import BY_MAC, DONE, HEADER, LANDAP, MAGIC_OF_REQUESTS, NOT_ALLOWED, PRIMARY, REFUSED
+from wire import Reply, Request, le16, le32
 
 NOWHERE = bytes(4)
 QUIETLY = " 2>/dev/null 1>/dev/null"
@@ -201,7 +202,8 @@ class Camera:
         settings = self.settings
         reply.put(22, clock.local_text(self.time, self.zone))
         self._put_zone(reply, 38)
-        reply.put(40, bytes([settings.flag("DATETIME", "DayLightSaving"), settings.number("DATETIME", "Protocol") == 1]))
+        by_ntp = settings.number("DATETIME", "Protocol") == 1
+        reply.put(40, bytes([settings.flag("DATETIME", "DayLightSaving"), by_ntp]))
         reply.put_text(42, settings.text("DATETIME", "NTPServerIP"), 63)
 
     def get_network(self, request, reply):

@@ -10,14 +10,14 @@ PAGE_OF_ZONES = HERE.parents[1] / "docs/reference/time-zones.md"
 DATABASE = Path("/usr/share/zoneinfo")
 STANDARD, ZONES_OWN, USERS_OWN = 0, 1, 2  # daylight saving
 UTC = "UTC0"
-TIME = re.compile(r"^\| (\d+) \| `([^`]+)` \| [^|]+ \| (\d+) \|$", re.MULTILINE)
+ROW = re.compile(r"^\| (\d+) \| `([^`]+)` \| [^|]+ \| (\d+) \|$", re.MULTILINE)
 
 
 class Zones:
     """The zones' numbers on the wire, in the store, and their names in the time-zone database."""
 
     def __init__(self):
-        rows = TIME.findall(PAGE_OF_ZONES.read_text())
+        rows = ROW.findall(PAGE_OF_ZONES.read_text())
         assert len(rows) > 100
         self.stored = {int(wire): int(stored) for wire, _, stored in rows}
         self.wire = {stored: wire for wire, stored in self.stored.items()}
@@ -25,10 +25,10 @@ class Zones:
 
     def text(self, stored, mode, rule):
         """What the environment variable TZ would be."""
-        name = self.name[stored]
+        forever = for_all_time_to_come(self.name[stored])
         if mode == ZONES_OWN:
-            return f":{name}"
-        standard = standard_time(name)
+            return forever
+        standard = standard_time(forever)
         if mode == STANDARD:
             return f"<std>{hours(-standard)}"
         shift, *bounds = rule
@@ -41,11 +41,16 @@ def hours(minutes):
     return f"{'-' if minutes < 0 else ''}{abs(minutes) // 60}:{abs(minutes) % 60:02}"
 
 
-def standard_time(name):
-    """Minutes east of Greenwich: what the database's last line about the zone, for all time to come, says."""
-    last = (DATABASE / name).read_bytes().rstrip(b"\n").rpartition(b"\n")[2].decode()
-    sign, hour, minute = re.match(r"(?:<[^>]+>|[A-Za-z]+)([+-]?)(\d+)(?::(\d+))?", last).groups()
-    return (1 if sign == "-" else -1) * (int(hour) * 60 + int(minute or 0))
+def for_all_time_to_come(name):
+    """The zone's present rules, which hold for all times: the last line of what the database says about it."""
+    return (DATABASE / name).read_bytes().rstrip(b"\n").rpartition(b"\n")[2].decode()
+
+
+def standard_time(rules):
+    """Minutes east of Greenwich. Ireland's law calls summer time its standard, and winter time the exception; no
+    daylight saving is winter time there as well."""
+    offsets = re.findall(r"(?:<[^>]+>|[A-Za-z]{3,})([+-]?)(\d+)(?::(\d+))?", rules.split(",")[0])
+    return min((1 if sign == "-" else -1) * (int(hour) * 60 + int(minute or 0)) for sign, hour, minute in offsets)
 
 
 def in_zone(zone):

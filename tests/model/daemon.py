@@ -7,7 +7,6 @@ import struct
 from pathlib import Path
 
 from settings import ini
-from support.store import parse
 from support.tool import ADDRESS
 from support.waiting import PATIENCE
 from wire import BY_MAC, PRIMARY
@@ -37,11 +36,12 @@ class Daemon:
         self.record = os.open(self.root / "var/lib/record", os.O_RDWR)
         self.tool = udp_socket(ADDRESS, 0)
         self.listener = udp_socket("", PORT)
-        self.store_file = self.root / "etc/qvp/camera.ini"
+        self.folder_of_store = os.open(self.root / "etc/qvp", os.O_DIRECTORY)
         self.run = None
 
     def close(self):
         os.close(self.record)
+        os.close(self.folder_of_store)
         self.tool.close()
         self.listener.close()
 
@@ -59,10 +59,11 @@ class Daemon:
         self.put("etc/qvp/camera.ini", ini(sections))
 
     def put_board(self, board):
-        self.put("etc/resolv.conf", b"".join(b"nameserver %d.%d.%d.%d\n" % tuple(server) for server in board.name_servers))
-        self.put("etc/wifi_channel.ini", b"".join(
-            f"[{region}]\n{''.join(f'{channel}=1{chr(10)}' for channel in numbers)}".encode()
-            for region, numbers in board.channels.items()))
+        servers = (b"nameserver %d.%d.%d.%d\n" % tuple(server) for server in board.name_servers)
+        channels = (f"[{region}]\n" + "".join(f"{channel}=1\n" for channel in channels)
+                    for region, channels in board.channels.items())
+        self.put("etc/resolv.conf", b"".join(servers))
+        self.put("etc/wifi_channel.ini", "".join(channels).encode())
         self.put("etc/qvp/site_list.txt", board.site_list)
         others = [name for name in board.administrators if name != b"admin"]
         self.put("etc/group", ADMINISTRATORS % b",".join(others))
@@ -70,7 +71,7 @@ class Daemon:
         self.put("run/qvp/sysinfo/4", None if state is None else b"%d" % state)
 
     def put_clock(self, seconds):
-        """A daemon that runs must not be holding the old one."""
+        """A time in UTC; no daemon may be running."""
         (self.root / "var/lib/time").write_bytes(struct.pack("=q", seconds))
         for file in ("etc/TZ", "etc/localtime"):
             self.put(file, None)
@@ -91,8 +92,8 @@ class Daemon:
     def report(self):
         """The next presence report."""
         while True:
-            data, _ = self.listener.recvfrom(2048)
-            if data[:2] == b"\xff\xff" and data[6:12] == self.camera.mac:
+            data, sender = self.listener.recvfrom(2048)
+            if sender == (self.camera.address, PORT):  # this port hears what the tool broadcasts, too
                 return data
 
     def ask_for_report(self):
@@ -103,7 +104,7 @@ class Daemon:
         """What comes back before the answer to a question that is asked behind it: requests are served one after the
         other, and what the board is asked for is done before the next one."""
         sequence = bytes(byte ^ 0x55 for byte in datagram[2:4].ljust(2, b"\0"))
-        fence = b"\xfd\xfd" + sequence + b"\xa5\0" + self.camera.mac + bytes(4) + struct.pack("<HHH", BY_MAC, PRIMARY, 0)
+        fence = struct.pack("<2s2sH6s4xHHH", b"\xfd\xfd", sequence, 0xA5, self.camera.mac, BY_MAC, PRIMARY, 0)
         self.tool.sendto(datagram, (to, PORT))
         self.tool.sendto(fence, (self.camera.address, PORT))
         replies = []
@@ -123,7 +124,8 @@ class Daemon:
         return content.decode("latin-1").split("\0")[:-1]
 
     def store_content(self):
-        return self.store_file.read_bytes()
-
-    def store(self):
-        return parse(self.store_content())
+        file = os.open("camera.ini", os.O_RDONLY, dir_fd=self.folder_of_store)
+        try:
+            return os.read(file, 1 << 20)
+        finally:
+            os.close(file)

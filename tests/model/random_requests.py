@@ -185,7 +185,8 @@ class Requests:
     def changed(self, datagram):
         for _ in range(self.random.randint(1, 4)):
             if datagram:
-                datagram[self.random.randrange(len(datagram))] = self.random.choice((*EDGES, self.random.randrange(256)))
+                at = self.random.randrange(len(datagram))
+                datagram[at] = self.random.choice((*EDGES, self.random.randrange(256)))
 
     def in_the_header(self, datagram):
         at, data = self.random.choice((
