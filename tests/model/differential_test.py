@@ -20,7 +20,6 @@ of the replies only."""
 import os
 import random
 import shlex
-from pathlib import Path
 
 import random_cameras
 from camera import Board, Camera
@@ -80,18 +79,25 @@ class Episode:
     def run(self, rounds):
         daemon, camera = self.daemon, self.camera
         daemon.put_clock(camera.time)
-        daemon.put_board(camera.board)
         self.put_store()
+        daemon.put_board(camera.board)
         daemon.start()
         self.expect("the first presence report", camera.presence_report(), daemon.report())
         for self.round in range(rounds):
-            if self.random.random() < 0.005:
-                self.camera.settings = Settings(random_cameras.settings(self.random, ZONES))
-                self.put_store()
+            if self.random.random() < 0.01:
+                self.change_by_others()
             if self.random.random() < 0.005:
                 self.expect("a presence report", camera.presence_report(), daemon.ask_for_report())
             self.ask(self.requests.next())
         daemon.stop()
+
+    def change_by_others(self):
+        """Which is in the answer to the next request."""
+        random_cameras.change(self.random, self.camera.board)
+        self.daemon.put_board(self.camera.board)
+        if self.random.random() < 0.5:
+            self.camera.settings = Settings(random_cameras.settings(self.random, ZONES))
+            self.put_store()
 
     def put_store(self):
         self.daemon.put_store(self.camera.settings.sections)

@@ -110,9 +110,9 @@ def a_line(random, last):
         random.choice((b"In", b"In", b"Ad", b"", b"xIn", b"I")))  # fmt: skip
     if draw.often(random, 0.05):
         line += b" " * random.choice((1, 30, 900, 2000))
-    if last and draw.often(random, 0.5):
-        return line[: random.choice((len(line), 98, 81, 50, 5))]
-    return line + b"\n"
+    if draw.often(random, 0.5 if last else 0.1):
+        line = line[: random.choice((4, 5, 57, 58, 80, 81, 98, 99, random.randrange(100)))]
+    return line if last and draw.often(random, 0.5) else line + b"\n"
 
 
 def site_list(random):
