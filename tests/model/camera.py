@@ -6,6 +6,7 @@ import base64
 import re
 from dataclasses import dataclass, field
 
+import afterwards
 import clock
 import survey
 import wireless
@@ -13,9 +14,6 @@ from wire import BY_MAC, DONE, HEADER, LANDAP, MAGIC_OF_REQUESTS, NOT_ALLOWED, P
 from wire import Reply, Request, le16, le32
 
 NOWHERE = bytes(4)
-QUIETLY = " 2>/dev/null 1>/dev/null"
-TIME_HAS_CHANGED = f"run /usr/sbin/msger camsvr 0 ctimeupdate 0 1{QUIETLY}"
-REBOOT = f"run /var/reboot -d 5{QUIETLY}&"
 SITE_SURVEY = 0xAE
 
 
@@ -92,6 +90,7 @@ class Camera:
         self.events = []
         self.asked_for = set()
         self.clock_seen = None
+        self.time_to_set = None
 
     def answer(self, datagram, clock_seen=None):
         """The reply or None, and what the board is asked for, in its order. `clock_seen` is what the daemon has set the
@@ -107,7 +106,7 @@ class Camera:
             return None, []
         reply = self._reply(request, command)
         if request.opcode != SITE_SURVEY:
-            self._run_what_was_asked_for()
+            afterwards.run(self)
         return bytes(reply.bytes), self.events
 
     def _is_meant(self, request, command):
@@ -253,7 +252,7 @@ class Camera:
         self.settings.write("USER_ADMIN", "Password1", new)
         name = self.settings.text("USER_ADMIN", "Username1").decode("latin-1")
         escaped = re.sub(rb'(["`\\$])', rb"\\\1", new).decode("latin-1")
-        self.events.append(f'run /usr/sbin/set_passwd -u "{name}" -p "{escaped}" {QUIETLY}')
+        self.events.append(f'run /usr/sbin/set_passwd -u "{name}" -p "{escaped}" {afterwards.QUIETLY}')
         self.asked_for.add("password")
 
     def set_network(self, request, reply):
@@ -322,56 +321,3 @@ class Camera:
     def reboot(self, request, reply):
         if self.board.upgrade_state != 1:
             self.asked_for.add("reboot")
-
-    # What follows a reply.
-
-    COMMANDS_OF = {
-        "name": ["/etc/init.d/llmnr-0 restart", "/etc/init.d/bonjour-0 restart"],
-        "password": ["/etc/init.d/rtmpd-0 stop", "/etc/init.d/rtspd-0 stop", "/etc/init.d/httpd-0 reload",
-                     "/etc/init.d/https-0 reload", "/etc/init.d/rtspd-0 start", "/etc/init.d/rtmpd-0 start"],
-        "web server": ["/usr/sbin/msger httpdmgr 0 hrestart 0 0"],
-        "network": ["/etc/init.d/ipv4 restart"],
-    }  # fmt: skip
-
-    def _run_what_was_asked_for(self):
-        asked_for, events = self.asked_for, self.events
-        if "survey" in asked_for:
-            self.sites = survey.filled(self.board.site_list)
-        for what in ("name", "password", "wireless", "web server", "network"):
-            if what in asked_for:
-                events += [f"run {command}{QUIETLY}" for command in self.COMMANDS_OF.get(what, ())]
-            if what == "wireless" and what in asked_for:
-                events.append(f"run /usr/sbin/msger httpdmgr 0 reset_wifi 0 0{QUIETLY}&")
-        if "time" in asked_for:
-            self._apply_time()
-        if "factory reset" in asked_for:
-            events += ["run /etc/init.d/userconfig reset 1>/dev/null 2>/dev/null", REBOOT]
-        if "reboot" in asked_for:
-            events.append(REBOOT)
-
-    def _apply_time(self):
-        settings, events = self.settings, self.events
-        mode, rule = clock.STANDARD, None
-        if settings.flag("DATETIME", "DayLightSaving"):
-            mode = clock.ZONES_OWN if settings.flag("DATETIME", "DstAuto") else clock.USERS_OWN
-        if mode == clock.USERS_OWN:
-            rule = clock.rule_of(settings)
-            if rule is None:
-                return
-        self.zone = self.zones.text(settings.number("DATETIME", "TimeZone"), mode, rule)
-        events.append(TIME_HAS_CHANGED)
-        stop = f"run /etc/init.d/ntpc.sh stop{QUIETLY}"
-        if settings.number("DATETIME", "Protocol") == 1:
-            events += [stop, f"run /usr/sbin/msger sinfo 0 sntpstate 0 0{QUIETLY}",
-                       f"run /etc/init.d/ntpc.sh start{QUIETLY}", "wait 8"]  # fmt: skip
-        elif self.time_to_set:
-            events.append(stop)
-            self._set_clock(clock.instants(self.time_to_set, self.zone))
-            events.append(TIME_HAS_CHANGED)
-
-    def _set_clock(self, instants):
-        seconds = self.clock_seen if self.clock_seen in instants else min(instants)
-        if seconds < 0:
-            return  # a time that the kernel does not take
-        self.time = seconds
-        self.events += [f"clock {seconds}", f"run /usr/sbin/rtcfg -w{QUIETLY}", TIME_HAS_CHANGED]

@@ -106,7 +106,10 @@ class Episode:
     def ask(self, datagram):
         to = "255.255.255.255" if self.random.random() < 0.1 else self.daemon.camera.address
         self.camera.settings.written = False
-        replies, events = self.daemon.ask(datagram, to), self.daemon.events()
+        try:
+            replies, events = self.daemon.ask(datagram, to), self.daemon.events()
+        except TimeoutError:
+            self.differ(datagram, ["the daemon answers no more", self.daemon.run.trace()[-2000:]])
         clock = next((int(event.split()[1]) for event in events if event.startswith("clock ")), None)
         reply, expected_events = self.camera.answer(datagram, clock)
         found = replies[0] if replies else None
