@@ -10,6 +10,7 @@ EVERYBODY = b"\xff" * 6
 UNKNOWN_OPCODES = (0x00A0, 0x00AA, 0x00B2, 0x00BF, 0x00C1, 0x0100, 0x0102, 0x0104, 0x01A1, 0x0201, 0xA100, 0xFFFF)
 EDGES = (0, 1, 2, 3, 5, 127, 128, 254, 255)
 LENGTHS = (0, 1, 18, 20, 21, 22, 23, 85, 86, 149, 150, 151, 213, 218, 219, 220, 239, 281, 282, 1023, 1024, 1025, 1400)
+TURNS = ((1970, 1, 1), (2024, 3, 31), (2024, 10, 27), (2024, 11, 3), (2050, 4, 3))
 TEXT_OF_36 = (0, 1, 34, 35, 36, 60, 255, 300)
 TEXT_OF_64 = (0, 1, 7, 62, 63, 64, 65, 128, 255, 300)
 
@@ -156,6 +157,9 @@ class Requests:
         if self.often(0.3):
             at = self.random.randrange(6)
             numbers[at] = self.random.choice((ranges[at][0] - 1, *ranges[at], ranges[at][1] + 1, 0))
+        if self.often(0.1):  # where the clock begins, or is put back and forth
+            numbers[:3] = self.random.choice(TURNS)
+            numbers[3] = self.random.randint(1, 3)
         text = b"%04d%02d%02d%02d%02d%02d" % tuple(numbers)
         if self.often(0.05):
             text = self.random.choice((text[:13], text[:12], b"", b"yesterday", text + b"9", text + b"99"))
