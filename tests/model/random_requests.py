@@ -109,7 +109,9 @@ class Requests:
         """A WEP key that is one, most of the time."""
         wanted = {(0, 0): 5, (0, 1): 13, (1, 0): 10, (1, 1): 26}.get((key_format, length), 5) + self.often(0.05)
         alphabet = draw.HEXADECIMAL if key_format else draw.PRINTABLE
-        return self.text((wanted, wanted), alphabet if self.often(0.95) else draw.ANY)[:wanted] + b"\0"
+        if self.often(0.15):
+            alphabet = self.random.choice((draw.PRINTABLE, draw.ANY))
+        return bytes(self.random.choices(alphabet, k=wanted)) + b"\0"
 
     def nibbles(self, *values):
         low, high = (draw.number(self.random, usual, range(16)) for usual in values)
