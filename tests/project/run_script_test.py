@@ -118,6 +118,7 @@ def test_tests_that_need_namespaces_can_be_skipped():
     listing = subprocess.run(["ctest", "--show-only=json-v1"], cwd=BUILT, capture_output=True, timeout=PATIENCE, check=True)
     needy = {test["name"]: {item["name"]: item["value"] for item in test["properties"]}
              for test in json.loads(listing.stdout)["tests"]
-             if test["name"].startswith(("end_to_end.", "qvpctl_", "virtual_camera.", "platform_linux."))}
-    assert {"end_to_end.discovery", "qvpctl_discover", "qvpctl_setup", "virtual_camera.board"} <= set(needy)
+             if test["name"].startswith(("end_to_end.", "model.", "qvpctl_", "virtual_camera.", "platform_linux."))}
+    assert {"end_to_end.discovery", "model.differential", "qvpctl_discover", "qvpctl_setup",
+            "virtual_camera.board"} <= set(needy)
     assert [name for name, properties in needy.items() if properties.get("SKIP_RETURN_CODE") != 77] == []
