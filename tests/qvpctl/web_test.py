@@ -15,7 +15,7 @@ from pathlib import Path
 import pytest
 from cameras import MARK, TREE, get, living, mac, qvpctl
 from support.waiting import wait_until
-from web_page import Page
+from web_page import Page, opened_words, opener
 
 
 @pytest.fixture(scope="module")
@@ -460,10 +460,11 @@ def test_a_change_that_is_not_seen_afterwards(page, lost_change):
 
 # --- Virtual cameras --------------------------------------------------------------------------------------------------
 
-def test_the_page_goes_on_with_virtual_cameras():
+def test_the_page_goes_on_with_virtual_cameras(tmp_path):
     """At the same address and with the same cookie, in another network; there it finds cameras that this one has not."""
     tree = TREE / "virtual-camera"
-    page = Page("-i", "lo", QVP_LAN=None, PATH=f"{tree}:{os.environ['PATH']}").enter()
+    page = Page("-i", "lo", look=(), QVP_LAN=None, PATH=f"{tree}:{opener(tmp_path)}:/usr/sbin:/sbin",
+                XDG_RUNTIME_DIR=str(tmp_path)).enter()
     session = page.get("/api/session")
     assert (session["isVirtual"], session["virtualCameras"]) == (False, True)
     stream = page.events()
@@ -489,7 +490,10 @@ def test_the_page_goes_on_with_virtual_cameras():
         except OSError:
             continue
         assert secret.encode() not in text and MARK.encode() not in text
+    file = Path(opened_words(tmp_path)[0])
+    assert file.exists(), "the browser may be slow"
     assert page.stop(signal.SIGINT) == 0
+    assert not file.parent.exists()
 
 
 def test_without_virtual_cameras():
