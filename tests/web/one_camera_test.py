@@ -166,10 +166,16 @@ def test_changes_that_were_not_sent_are_not_lost_by_leaving(page):
     log_in(page, 2)
     page.type("input[name='name']", "Forgotten")
     page.click("#detail-close")
-    page.driver.switch_to.alert.dismiss()
+    assert "Camera 2" in page.text("dialog") and page.focused.text == "Cancel"
+    page.keys(Keys.ESCAPE)
+    page.wait(lambda: page.all("dialog") == [], "the question's end")
     assert page.one("input[name='name']").get_attribute("value") == "Forgotten"
+    page.one(f"#camera-table tr[data-mac='{mac(3)}'] a.name").click()
+    page.driver.back()  # a question is enough
+    assert len(page.shown("dialog")) == 1 and page.text("#detail-heading") == "Camera 2"
+    page.click_text("Leave", "dialog")
+    page.wait(lambda: page.text("#detail-heading") == "Camera 3", "the other camera")
     page.click("#detail-close")
-    page.driver.switch_to.alert.accept()
     page.wait(lambda: page.shown("#detail") == [], "the list alone")
 
 
