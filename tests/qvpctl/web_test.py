@@ -415,7 +415,7 @@ def test_one_run_at_a_time_that_can_be_stopped(lan, page):
     gate.open()
     end = stream.until("run", lambda data: data["id"] == begun and data["stage"] != "running")
     stream.close()
-    assert (end["stage"], [one["result"] for one in end["cameras"]]) == ("stopped", ["changed", "failed", "failed"])
+    assert (end["stage"], end["done"], [one["result"] for one in end["cameras"]]) == ("stopped", 1, ["changed", "failed", "failed"])
     assert [one["reason"] for one in end["cameras"][1:]] == ["not tried: stopped"] * 2
     assert [camera.store()["CAMSYSTEM"]["CameraName"] for camera in cameras[1:]] == [f"Camera {one.number}".encode() for one in cameras[1:]]
     page.change(cameras[2], "/changes", {"settings": {"upnp": "off"}})
