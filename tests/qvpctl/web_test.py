@@ -14,7 +14,6 @@ from pathlib import Path
 
 import pytest
 from cameras import MARK, TREE, get, living, mac, qvpctl
-from support.waiting import wait_until
 from web_page import Page, opened_words, opener
 
 
@@ -260,6 +259,8 @@ def test_a_camera_is_changed_by_one_at_a_time(lan, page):
                        ("/reboot", {"confirm": f"Camera {camera.number}"})):
         answer = page.ask("POST", page.path(camera, what), body)
         assert (answer.status, answer.code) == (409, "busy"), what
+    run = page.ask("POST", "/api/fleet/apply", {"csv": table("mac,name", (camera, "Yard"))})
+    assert (run.status, run.code) == (409, "busy")
     again = page.events()
     told = next(one for one in again.next()[1]["changes"] if one["id"] == begun)
     assert told["stage"] in ("sent", "away"), "who comes later sees what is on the way"
@@ -402,14 +403,15 @@ def test_conflicts_of_addresses(lan, page):
 
 def test_one_run_at_a_time_that_can_be_stopped(lan, page):
     """What is on the way ends; the others are not begun."""
-    cameras = [living(camera) for camera in lan.cameras(3)]
-    page.find(*cameras)
+    *cameras, other = [living(camera) for camera in lan.cameras(4)]
+    page.find(*cameras, other)
     gate = cameras[0].gate("/etc/init.d/ipv4")
     body = {"csv": table("mac,name", *((camera, "Hall") for camera in cameras))}
     stream = page.events()
     begun = page.post("/api/fleet/apply", body)["id"]
     gate.wait()
-    assert page.ask("POST", "/api/fleet/apply", body).code == "busy"
+    for one in (body, {"csv": table("mac,name", (other, "Hall"))}):
+        assert page.ask("POST", "/api/fleet/apply", one).code == "busy"
     assert page.ask("POST", page.path(cameras[2], "/changes"), {"settings": {"upnp": "off"}}).code == "busy"
     page.post("/api/fleet/stop")
     gate.open()

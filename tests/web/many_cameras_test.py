@@ -32,6 +32,10 @@ def test_names_with_a_counter_and_addresses_from_a_range(page):
     page.click_text("Set them up together")
     pattern, _, first, _ = page.shown(".together input")
     pattern.send_keys("Gate ##")
+    first.send_keys("198.18.1.6/30")
+    page.click_text("Show the plan")
+    page.wait(lambda: "network" in page.text(".together .fault") and page.focused == first, "that there are not enough addresses")
+    first.clear()
     first.send_keys("198.18.1.3/15")  # which camera 3 has, so it is left out
     assert "Gate 01" in page.text(".preview") and "198.18.1.4/15" in page.text(".preview")
     page.click_text("Show the plan")
@@ -75,6 +79,11 @@ def test_a_table_is_dropped_on_the_list(page):
     page.wait(lambda: "1 already as wanted" in page.text("#many .summary"), "the plan")
     assert "1 unreachable" in page.text("#many .summary")
     assert [one.text for one in page.shown("#many button") if one.text.startswith("Apply")] == []
+
+
+def test_a_file_that_is_no_table_of_cameras_is_not_sent(page):
+    page.script(DROP, "x" * 1000001)
+    page.wait(lambda: "site.csv" in page.text("#many-problem"), "that it is too large")
 
 
 @pytest.mark.refusals(400)

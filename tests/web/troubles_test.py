@@ -6,7 +6,7 @@ import subprocess
 
 import pytest
 from cameras import DAEMON, end, mac, root, stored
-from chromium import PATIENCE, TREE, start_tool
+from chromium import PATIENCE, TREE, Page, start_tool
 from selenium.webdriver.common.keys import Keys
 from support.camera import Gate
 
@@ -29,8 +29,11 @@ def running_tool(leap):
 
 
 @pytest.fixture(autouse=True)
-def a_login(page):
+def a_login(request):
     """For all cameras, which the tool keeps."""
+    if "page" not in request.fixturenames:
+        return
+    page = request.getfixturevalue("page")
     page.click_text("Log in")
     page.type("dialog input[type=password]", "admin").send_keys(Keys.ENTER)
     page.wait(lambda: page.all("dialog") == [], "the login's end")
@@ -123,9 +126,9 @@ def result_row(page, number):
 
 
 def test_a_run_is_stopped_half_way(page):
-    """The camera whose turn it is goes on to its end; the others stay as they are, and the table says so."""
+    """The camera whose turn it is goes on to its end; what has not begun stays as it is, and the table says so."""
     page.wait(lambda: {mac(number) for number in (1, 2, 3)} <= set(shown_macs(page)), "the cameras")
-    held = Held(1)
+    held = Held(2)
     for number in (1, 2, 3):
         page.one(f"tr[data-mac='{mac(number)}'] input").click()
     page.click_text("Set them up together")
@@ -134,14 +137,33 @@ def test_a_run_is_stopped_half_way(page):
     page.click("#many option[value='1']")
     page.click_text("Apply to 3 cameras")
     held.gate.wait()
-    page.wait(lambda: "0 of 3" in page.text("#many .run-line"), "the run")
+    page.wait(lambda: "1 of 3" in page.text("#many .run-line"), "the run")
+    page.click_text("All cameras", "#many")
+    assert page.text("#run-banner") == "1 of 3 cameras are done"
+    page.click("#run-banner a")
     page.click("#run-stop")
     assert page.text("#run-stop") == "Stopping: what is on its way goes to its end."
     held.gate.open()
-    page.wait(lambda: page.text("#many .run-line") == "Stopped after 1 of 3 cameras", "the end of the run")
-    assert "Changed" in result_row(page, 1) and page.text("#many .summary") == "3 cameras: 1 changed, 2 failed."
-    assert ["not tried: stopped" in result_row(page, number) for number in (2, 3)] == [True, True]
-    assert [stored(number, "CAMSYSTEM", "CameraName") for number in (1, 2, 3)] == ["Gate 1", "Camera 2", "Camera 3"]
+    page.wait(lambda: page.text("#many .run-line") == "Stopped after 2 of 3 cameras", "the end of the run")
+    assert page.text("#many .summary") == "3 cameras: 2 changed, 1 failed."
+    assert ["Changed" in result_row(page, number) for number in (1, 2, 3)] == [True, True, False]
+    assert "not tried: stopped" in result_row(page, 3)
+    assert [stored(number, "CAMSYSTEM", "CameraName") for number in (1, 2, 3)] == ["Gate 1", "Gate 2", "Camera 3"]
     page.click_text("Result as CSV")
     lines = page.saved("result.csv").splitlines()
-    assert [line.rpartition(",")[2] for line in lines] == ["why", "", "not tried: stopped", "not tried: stopped"]
+    assert [line.rpartition(",")[2] for line in lines] == ["why", "", "", "not tried: stopped"]
+
+
+def test_the_end_of_the_tool_is_told(tmp_path):
+    """It may come back; another one at its place does not know this browser, and the page says what to do."""
+    first, address = start_tool()
+    page = Page(tmp_path, address)
+    try:
+        page.one("#list")
+        end(first)
+        page.wait(lambda: "does not answer" in page.text("#connection"), "that the tool is gone")
+        second, _ = start_tool(look=("--print", "--port", re.search(r":(\d+)/", address)[1]))
+        page.wait(lambda: "Start “qvpctl web” again" in page.text("#connection"), "that the session is over")
+        end(second)
+    finally:
+        page.close()

@@ -62,8 +62,16 @@ async function makePlan(body) {
     }
 }
 
+// What is said of the file is said on this view, so it has to be there.
+function showView() {
+    return new Promise((resolve) => {
+        addEventListener('hashchange', resolve, { once: true });
+        location.hash = '#many';
+    });
+}
+
 async function takeFile(file) {
-    if (section().hidden) location.hash = '#many';
+    if (section().hidden) await showView();
     if (step !== 'wanted') writeWanted();
     try {
         const body = await withSecrets(await readFile(file));
