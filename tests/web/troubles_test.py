@@ -97,16 +97,16 @@ def test_cameras_at_wrong_addresses_are_marked_and_moved(page):
     page.wait(lambda: "Other network" in row(page, FOREIGN), "the mark of the foreign camera")
     page.wait(lambda: "Address twice" in row(page, TAKEN) and "Address twice" in row(page, 1), "the marks of both")
     show(page, "problems")
-    assert shown_macs(page) == [mac(1), mac(FOREIGN), mac(TAKEN)]
+    page.wait(lambda: shown_macs(page) == [mac(1), mac(FOREIGN), mac(TAKEN)], "these three alone")
     open_camera(page, FOREIGN)
-    assert "Give it an address of this network" in page.text("#detail .problems")
+    page.wait(lambda: "Give it an address of this network" in page.text("#detail .problems"), "what is to be done")
     move(page, FOREIGN, "198.18.1.4/15")
     move(page, TAKEN, "198.18.1.5/15")
     page.wait(lambda: shown_macs(page) == [], "no mark")
     assert [stored(number, "NETWORK_V4", "IP") for number in (FOREIGN, TAKEN)] == ["198.18.1.4", "198.18.1.5"]
     show(page, "all")
-    assert all("Present" in row(page, number) for number in (1, FOREIGN, TAKEN))
-    assert page.shown("#detail .problems") == []
+    page.wait(lambda: all("Present" in row(page, number) for number in (1, FOREIGN, TAKEN)), "that they are well")
+    page.wait(lambda: page.shown("#detail .problems") == [], "that nothing is wrong")
 
 
 class Held:
