@@ -15,6 +15,7 @@
 #include "qvpctl/output.h"
 #include "qvpctl/secret_source.h"
 #include "qvpctl/tool.h"
+#include "qvpctl/web/doorway.h"
 #include "qvpctl/web/lan_watch.h"
 #include "qvpctl/web/listener.h"
 #include "qvpctl/web/routes.h"
@@ -55,8 +56,8 @@ private:
 };
 
 // The browser is on its own from here on: it may stay when this program ends.
-static void openInBrowser(const std::string& url) {
-    std::string program = "xdg-open", argument = url;
+static void openInBrowser(const std::string& file) {
+    std::string program = "xdg-open", argument = file;
     char* const words[] = {program.data(), argument.data(), nullptr};
     posix_spawn_file_actions_t files;
     posix_spawnattr_t attributes;
@@ -80,6 +81,10 @@ public:
         quiet_.json = true;  // nothing is drawn on a terminal
     }
 
+    ~WebCommand() { removeDoorway(handover_.doorway); }
+    WebCommand(const WebCommand&) = delete;
+    WebCommand& operator=(const WebCommand&) = delete;
+
     int run() {
         if (isNew_) announce();
         const bool isVirtual = options_.virtualCameras && !isOnVirtualLan();
@@ -102,7 +107,7 @@ private:
 
     uint16_t port() const { return portOf(handover_.socket); }
 
-    void announce() const {
+    void announce() {
         const auto output = tableOrJson(common_.json, kColumns);
         output->add({
             {"url", gate_.address()}
@@ -111,8 +116,16 @@ private:
         if (isOnVirtualLan()) {
             say("this page can be reached on the virtual LAN alone; qvpctl web --virtual-cameras makes one beside it");
         } else if (!options_.print) {
-            openInBrowser(gate_.address());
+            openDoorway();
         }
+    }
+
+    // The page is there without it, too.
+    void openDoorway() try {
+        handover_.doorway = makeDoorway(gate_.address());
+        openInBrowser(handover_.doorway);
+    } catch (const client::Error& error) {
+        say(std::string("open the address in a browser of this machine: ") + error.what());
     }
 
     bool hasPassword() const { return !common_.passwordFile.empty() || std::getenv("QVPCTL_PASSWORD") != nullptr; }

@@ -166,6 +166,8 @@ static void remember(const WebContext& context, client::CameraJob& job, const Fo
     }
     const auto now = job.find(found.camera.mac, found.interface, std::chrono::seconds(2));
     if (now) context.state.take(*now);
+    // A search in the midst of which it moved has heard it at both addresses.
+    if (!now || !client::isSame(now->camera.address, found.camera.address)) context.state.askForSearch();
 }
 
 WebAnswer beginChange(WebContext& context, const Found& found, ChangeKind kind,

@@ -61,13 +61,14 @@ Record WebRun::record() const {
         cameras.push_back(std::move(record));
     }
     const std::vector<Outcome> done = outcomes();
+    const auto tried = std::ranges::count_if(done, &Outcome::isTried);
     return {
         {"id",      id_                                 },
         {"stage",   !isOver_     ? "running"
                   : isStopped_ ? "stopped"
                                : "done"},
         {"total",   rows_.size()                        },
-        {"done",    done.size()                         },
+        {"done",    tried                               },
         {"cameras", cameras                             },
         {"summary", outcomeSummary(done)                },
     };

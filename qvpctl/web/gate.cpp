@@ -5,11 +5,11 @@
 
 #include "qvpctl/web/token.h"
 
-static WebAnswer page(unsigned status, const std::string& title, const std::string& text) {
+static WebAnswer page(unsigned status, const std::string& title, const std::string& text, const char* more = "") {
     return {status,
             "text/html; charset=utf-8",
-            "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\"><title>" + title +
-                "</title></head>\n<body><h1>" + title + "</h1><p>" + text + "</p></body></html>\n",
+            "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\"><title>" + title + "</title>" + more +
+                "</head>\n<body><h1>" + title + "</h1><p>" + text + "</p></body></html>\n",
             {}};
 }
 
@@ -27,29 +27,37 @@ bool Gate::isOurs(const std::string& host) const {
     return host == "127.0.0.1" + port || host == "localhost" + port;
 }
 
-// A name that somebody's server has made one of this machine's shows in Host, a foreign page in the other two.
-bool Gate::isOfThisPage(const WebRequest& request) const {
+// A name that somebody's server has made one of this machine's shows in Host, what a foreign page sends in Origin.
+bool Gate::isForThisServer(const WebRequest& request) const {
     const auto hosts = request.all("Host");
     if (hosts.size() != 1 || !isOurs(hosts.front())) return false;
     constexpr std::string_view kScheme = "http://";
     const auto origins = request.all("Origin");
-    const bool areOurs = std::ranges::all_of(origins, [&](const std::string& origin) {
+    return std::ranges::all_of(origins, [&](const std::string& origin) {
         return origin.starts_with(kScheme) && isOurs(origin.substr(kScheme.size()));
     });
-    const auto sites = request.all("Sec-Fetch-Site");
-    return areOurs &&
-           std::ranges::all_of(sites, [](const std::string& site) { return site == "same-origin" || site == "none"; });
 }
 
+static bool isFromForeignPage(const WebRequest& request) {
+    return std::ranges::any_of(request.all("Sec-Fetch-Site"),
+                               [](const std::string& site) { return site != "same-origin" && site != "none"; });
+}
+
+static WebAnswer foreign(const WebRequest& request) {
+    return turnedAway(request, "This request comes from another page, or by another name of this machine.");
+}
+
+// Who has the token comes from the file that the browser was opened with, which is a foreign page to it, and which the
+// cookie of an answer that only leads on would not come back from: the way in is by a page of this server.
 std::optional<WebAnswer> Gate::redeem(const WebRequest& request) {
     const std::scoped_lock lock(mutex_);
-    const bool isInAlready = isSameToken(request.cookie, secrets_.cookie);
+    const bool isInAlready = !isFromForeignPage(request) && isSameToken(request.cookie, secrets_.cookie);
     const bool isRight = isSameToken(request.token, secrets_.token);
     if (!isInAlready && !isRight) return turnedAway(request, "The token of this address is wrong, or was used before.");
     if (isRight) secrets_.token.clear();
-    WebAnswer answer = emptyAnswer(303);
+    WebAnswer answer =
+        page(200, "Cameras", "<a href=\"/\">To the cameras</a>", "<meta http-equiv=\"refresh\" content=\"0; url=/\">");
     answer.headers = {
-        {"Location",   "/"                                                                         },
         {"Set-Cookie", cookieName() + "=" + secrets_.cookie + "; HttpOnly; SameSite=Strict; Path=/"},
     };
     return answer;
@@ -79,14 +87,13 @@ static bool isAny(const std::string& word, std::initializer_list<const char*> wo
 }
 
 std::optional<WebAnswer> Gate::check(const WebRequest& request) {
-    if (!isOfThisPage(request)) {
-        return turnedAway(request, "This request comes from another page, or by another name of this machine.");
-    }
+    if (!isForThisServer(request)) return foreign(request);
+    if (request.method == "GET" && request.path == "/" && !request.token.empty()) return redeem(request);
+    if (isFromForeignPage(request)) return foreign(request);
     const bool isReading = isAny(request.method, {"GET", "HEAD"});
     if (!isReading && !isAny(request.method, {"POST", "DELETE"})) {
         return errorAnswer(405, "method", "GET, HEAD, POST and DELETE are known");
     }
-    if (request.method == "GET" && request.path == "/" && !request.token.empty()) return redeem(request);
     if (!isSameToken(request.cookie, secrets_.cookie)) {
         return turnedAway(request, "This browser has not been let in.");
     }

@@ -27,7 +27,7 @@ public:
 
 private:
     bool isOurs(const std::string& host) const;
-    bool isOfThisPage(const WebRequest& request) const;
+    bool isForThisServer(const WebRequest& request) const;
     std::optional<WebAnswer> redeem(const WebRequest& request);
 
     uint16_t port_;

@@ -84,21 +84,22 @@ std::optional<Handover> takeHandover() {
     std::string text = takeText(kSecrets);
     const auto record = nlohmann::json::parse(text, nullptr, false);
     wipe(text);
-    if (!record.is_object() || !record.contains("cookie") || !record.contains("token") || !record.contains("next")) {
-        throw notOurs();
-    }
+    const bool isWhole = record.is_object() && record.contains("cookie") && record.contains("token") &&
+                         record.contains("next") && record.contains("doorway");
+    if (!isWhole) throw notOurs();
     return Handover{
         kSocket, {record["token"], record["cookie"]},
-         record["next"]
+         record["next"], record["doorway"]
     };
 }
 
 void leaveHandover(const Handover& handover) {
     constexpr int kOutOfTheWay = 10;
     std::string text = jsonLine({
-        {"token",  handover.secrets.token },
-        {"cookie", handover.secrets.cookie},
-        {"next",   handover.nextEvent     }
+        {"token",   handover.secrets.token },
+        {"cookie",  handover.secrets.cookie},
+        {"next",    handover.nextEvent     },
+        {"doorway", handover.doorway       }
     });
     const int memory = memfd_create("qvpctl-web", MFD_CLOEXEC);
     const bool isWritten = memory >= 0 && write(memory, text.data(), text.size()) == static_cast<ssize_t>(text.size());

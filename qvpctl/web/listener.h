@@ -14,6 +14,7 @@ struct Handover {
     int socket;
     WebSecrets secrets;
     uint64_t nextEvent;
+    std::string doorway = "";  // the file that the browser was opened with
 };
 
 // What this program left for itself. Nothing when it was started by somebody else; throws Error Local when what is

@@ -90,11 +90,11 @@ class Stream:
 class Page:
     """A server of its own, and a browser that it knows."""
 
-    def __init__(self, *options, password=None, **environment):
+    def __init__(self, *options, password=None, look=("--print",), **environment):
         given = {**os.environ, "QVPCTL_PASSWORD": password, **environment}
         variables = {name: value for name, value in given.items() if value is not None}
         self.log = tempfile.TemporaryFile()
-        self.process = subprocess.Popen([TOOL, "web", "--print", "--wait", "0.5", *options], stdin=subprocess.DEVNULL,
+        self.process = subprocess.Popen([TOOL, "web", *look, "--wait", "0.5", *options], stdin=subprocess.DEVNULL,
                                         stdout=subprocess.PIPE, stderr=self.log, env=variables, text=True, start_new_session=True)
         self.url = self.process.stdout.readline().strip()
         match = re.fullmatch(r"http://127\.0\.0\.1:(\d+)/\?token=([0-9a-f]{32,})", self.url)
@@ -116,7 +116,7 @@ class Page:
 
     def enter(self):
         answer = self.ask("GET", f"/?token={self.token}")
-        assert (answer.status, answer.headers["Location"]) == (303, "/"), answer
+        assert answer.status == 200 and b'content="0; url=/"' in answer.body, answer
         match = re.fullmatch(rf"(qvpctl_{self.port}=[0-9a-f]{{32,}}); HttpOnly; SameSite=Strict; Path=/",
                              answer.headers["Set-Cookie"])
         self.cookie = match[1]
@@ -208,6 +208,20 @@ class Page:
             except OSError:
                 continue
         return text
+
+
+def opener(folder):
+    """A PATH with an xdg-open that writes down what it is asked to open."""
+    program = folder / "bin/xdg-open"
+    program.parent.mkdir(exist_ok=True)
+    program.write_text(f'#!/bin/sh\nprintf "%s\\n" "$@" >"{folder}/words" && mv "{folder}/words" "{folder}/opened"\n')
+    program.chmod(0o755)
+    return f"{program.parent}:/usr/bin:/bin"
+
+
+def opened_words(folder):
+    wait_until((folder / "opened").exists, "a browser")
+    return (folder / "opened").read_text().splitlines()
 
 
 def is_closed(connection):

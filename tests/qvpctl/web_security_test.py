@@ -5,14 +5,18 @@ pytest itself runs inside the virtual LAN:
 """
 import http.client
 import os
+import select
 import signal
 import socket
 import subprocess
+import tempfile
+import time
+from pathlib import Path
 
 import pytest
 from cameras import TOOL
 from support.waiting import wait_until
-from web_page import Page, wait_until_closed
+from web_page import Page, is_closed, opened_words, opener, wait_until_closed
 
 
 @pytest.fixture(scope="module")
@@ -53,7 +57,7 @@ def test_the_token_works_once():
     cookie, page.cookie = page.cookie, None
     assert page.ask("GET", f"/?token={page.token}").status == 403
     page.cookie = cookie
-    assert page.ask("GET", f"/?token={page.token}").status == 303, "who is in already is let in again"
+    assert page.ask("GET", f"/?token={page.token}").status == 200, "who is in already is let in again"
     assert page.stop() == 0
 
 
@@ -113,7 +117,44 @@ def test_other_pages_are_foreign(page, origin):
 def test_what_the_browser_says_of_a_request_counts(page, site, status):
     """Another port of this machine is the same site, and still another page."""
     assert page.ask("GET", "/api/session", Sec_Fetch_Site=site).status == status
-    assert page.ask("GET", f"/?token={page.token}", Sec_Fetch_Site=site).status == (303 if status == 200 else 403)
+    assert page.ask("GET", f"/?token={page.token}", Sec_Fetch_Site=site).status == status
+
+
+@pytest.mark.parametrize("site", ["cross-site", "none"])
+def test_the_file_that_the_browser_was_opened_with_is_another_page(site):
+    """So the token alone counts; what it leads to is asked for by a page of this server, which the cookie goes with."""
+    page = Page()
+    assert page.ask("GET", f"/?token={page.token[::-1]}", Sec_Fetch_Site=site).status == 403
+    answer = page.ask("GET", f"/?token={page.token}", Sec_Fetch_Site=site)
+    assert (answer.status, "Location" in answer.headers) == (200, False)
+    page.cookie = answer.headers["Set-Cookie"].partition(";")[0]
+    assert page.ask("GET", "/", Sec_Fetch_Site="same-origin").status == 200
+    assert page.ask("GET", "/", Sec_Fetch_Site="cross-site").status == 403
+    assert page.stop() == 0
+
+
+@pytest.mark.parametrize("variable", ["XDG_RUNTIME_DIR", "TMPDIR"])
+def test_nobody_reads_the_token_in_the_list_of_processes(tmp_path, variable):
+    """The browser is opened with a file of this user's alone, which is gone with the server."""
+    (tmp_path / "place").mkdir(mode=0o755)
+    others = {"XDG_RUNTIME_DIR": None, "TMPDIR": "/nowhere", variable: str(tmp_path / "place")}
+    page = Page("-i", "lo", look=(), QVP_LAN=None, PATH=opener(tmp_path), **others)
+    words = opened_words(tmp_path)
+    assert page.token.encode() not in page.process_list()
+    file = Path(words[0])
+    assert len(words) == 1 and file.is_relative_to(tmp_path / "place")
+    assert (file.stat().st_mode & 0o777, file.parent.stat().st_mode & 0o777) == (0o600, 0o700)
+    assert f'content="0; url={page.url}"' in file.read_text()
+    assert page.stop() == 0
+    assert list((tmp_path / "place").iterdir()) == []
+
+
+def test_a_browser_that_cannot_be_opened_is_told(tmp_path):
+    (tmp_path / "xdg-open").touch()  # which nobody can start
+    for place, path, words in ((tmp_path, tmp_path, "there is no xdg-open"), ("/proc/self", opener(tmp_path), "cannot make /proc/self/")):
+        page = Page("-i", "lo", look=(), QVP_LAN=None, PATH=str(path), XDG_RUNTIME_DIR=str(place)).enter()
+        assert page.stop() == 0
+        assert words in page.errors() and "open the address in a browser of this machine" in page.errors()
 
 
 def test_what_changes_something_needs_what_no_form_can_send(page):
@@ -183,6 +224,17 @@ def test_a_flood_of_headers_is_bounded(page):
     assert page.ask("GET", "/api/session").status == 200
 
 
+def test_what_is_worked_on_at_once_is_bounded(page):
+    """Each of these searches for a camera that nobody has heard of."""
+    body = '{"csv":"mac,name\\n02:00:5e:00:00:77,Gate\\n"}'
+    request = (f"POST /api/fleet/plan HTTP/1.1\r\nHost: 127.0.0.1:{page.port}\r\nCookie: {page.cookie}\r\nX-Qvpctl: 1\r\n"
+               f"Content-Type: application/json\r\nContent-Length: {len(body)}\r\n\r\n{body}")
+    connections = [page.raw(request.encode()) for _ in range(60)]
+    statuses = [RawAnswer(connection).status for connection in connections]
+    assert (statuses.count(200), statuses.count(429)) == (48, 12)
+    assert page.ask("POST", "/api/fleet/plan", body.encode()).status == 200
+
+
 def test_a_thousand_half_open_connections(page):
     connections = []
     for number in range(1000):
@@ -234,14 +286,42 @@ def test_streams_go_on_where_they_were_cut(page):
 
 
 def test_what_time_does_to_connections(page):
-    """A request of which nothing more comes is cut off; a stream on which nothing happens has a heartbeat."""
+    """A request of which nothing more comes is cut off, and one of which there is no end, and who takes no answers; a stream
+    on which nothing happens has a heartbeat."""
     stream = page.events()
+    deaf = who_takes_no_answers(page)
+    dripping = page.raw(b"GET / HTTP/1.1\r\nX-Header: ")
     trickle = page.raw(f"POST /api/search HTTP/1.1\r\nHost: 127.0.0.1:{page.port}\r\nCookie: {page.cookie}\r\nX-Qvpctl: 1\r\n"
                        "Content-Type: application/json\r\nContent-Length: 10\r\n\r\n{".encode())
     while stream.comments == 0:
         stream.comments += stream.line().startswith(":")
-    wait_until_closed(trickle)
+    hang_up = select.poll()
+    hang_up.register(deaf, 0)
+    wait_until(lambda: drip(dripping) or is_closed(trickle), "the end of a request that stands still")
+    wait_until(lambda: drip(dripping) or hang_up.poll(0), "the end of who takes no answers")
+    wait_until(lambda: drip(dripping) or is_closed(dripping), "the end of an endless header")
     stream.close()
+
+
+def who_takes_no_answers(page):
+    """A connection that asks for as much as anybody lets it, and reads nothing."""
+    connection = page.raw()
+    connection.setblocking(False)
+    request = f"GET /page.css HTTP/1.1\r\nHost: 127.0.0.1:{page.port}\r\nCookie: {page.cookie}\r\n\r\n".encode()
+    writable = select.poll()
+    writable.register(connection, select.POLLOUT)
+    while writable.poll(1000):
+        connection.send(request * 100)
+    return connection
+
+
+def drip(connection):
+    """A little more of the request; never true."""
+    time.sleep(0.2)
+    try:
+        connection.sendall(b"x")
+    except ConnectionError:
+        pass
 
 
 def test_who_does_not_read_holds_up_nobody():
@@ -287,5 +367,17 @@ def test_what_is_left_by_somebody_else_is_not_taken():
     """A server that should take over, and finds no socket that listens on this machine, serves nothing."""
     done = subprocess.run([TOOL, "web", "--print"], capture_output=True, text=True, timeout=60, stdin=subprocess.DEVNULL,
                           env={**os.environ, "LISTEN_FDS": "1", "QVPCTL_WEB_SESSION": "4"})
+    assert (done.returncode, done.stdout) == (3, "")
+    assert "nothing is served" in done.stderr
+
+
+def test_a_socket_that_others_reach_is_not_taken():
+    with socket.create_server(("0.0.0.0", 0)) as server, tempfile.TemporaryFile() as secrets:
+        secrets.write(b'{"token": "", "cookie": "known", "next": 1, "doorway": ""}')
+        secrets.flush()
+        done = subprocess.run(["bash", "-c", f'exec 13<&{server.fileno()} 14<&{secrets.fileno()} && exec 3<&13 4<&14 && exec "$@"', "bash",
+                               TOOL, "web", "--print"], capture_output=True, text=True, timeout=60, stdin=subprocess.DEVNULL,
+                              pass_fds=(server.fileno(), secrets.fileno()),
+                              env={**os.environ, "LISTEN_FDS": "1", "QVPCTL_WEB_SESSION": "4"})
     assert (done.returncode, done.stdout) == (3, "")
     assert "nothing is served" in done.stderr

@@ -1,5 +1,6 @@
 """The cameras on the virtual LAN, as their stores have them."""
 import os
+import socket
 import subprocess
 from pathlib import Path
 
@@ -25,6 +26,19 @@ def stored(number, section, key):
         elif found == section and line.startswith(key + "="):
             return line.partition("=")[2]
     return None
+
+
+def report(hardware_address, address, product, firmware, name):
+    """Broadcasts a presence report, as a camera that does not exist would."""
+    octets = bytes(map(int, address.split(".")))
+    parts = {0: b"\xff\xff", 4: b"\xa0\x00", 6: hardware_address, 12: octets, 18: b"\x02\x00\x27\x01", 22: product, 118: firmware,
+             150: hardware_address, 220: name, 284: octets, 288: b"\xff\xfe\x00\x00"}
+    data = bytearray(317)
+    for offset, value in parts.items():
+        data[offset:offset + len(value)] = value
+    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as sender:
+        sender.setsockopt(socket.SOL_SOCKET, socket.SO_BROADCAST, 1)
+        sender.sendto(data, ("255.255.255.255", 62976))
 
 
 def end(process):

@@ -19,9 +19,9 @@ PATIENCE = 60
 WIDE, PHONE = (1280, 800), (390, 844)
 
 
-def start_tool(**environment):
+def start_tool(look=("--print",), **environment):
     """The tool's page, and the address that lets one in."""
-    process = subprocess.Popen([TOOL, "web", "--print"], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+    process = subprocess.Popen([TOOL, "web", *look], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                                stderr=subprocess.DEVNULL, text=True, env=os.environ | environment)
     address = re.search(r"http://127\.0\.0\.1:\d+/\?token=\S+", process.stdout.readline())
     assert address, "the tool tells no address"
@@ -43,12 +43,13 @@ def start_chromium(folder):
 
 
 class Page:
-    def __init__(self, folder, address):
+    def __init__(self, folder, address, way_in=None):
         self.folder = Path(folder)
         self.base = address.split("?")[0]
         self.driver = start_chromium(folder)
         self.set_size(*WIDE)
-        self.driver.get(address)
+        self.driver.get(way_in or address)
+        self.wait(lambda: self.driver.current_url == self.base, "the page behind the way in")
         self.requests, self.errors = [], []
 
     def close(self):

@@ -115,6 +115,14 @@ def test_the_table_is_searched_and_sorted(page):
     assert heading.get_attribute("aria-sort") == "descending" and names() == ["Camera 2", "Camera 1", "Camera 3"]
     page.type("#search", "198.18.1.2")
     assert names() == ["Camera 2"] and page.text("#count") == "1 of 3 cameras"
+    page.click("#select-all")
+    assert page.text("#selection-text") == "1 camera selected", "what is not shown is not selected"
+    page.one("#search").clear()
+    page.keys(" ", Keys.BACKSPACE)
+    page.click("#filter option[value=selected]")
+    assert names() == ["Camera 2"]
+    page.click("#filter option[value=all]")
+    assert len(names()) == 3
     page.type("#search", "nothing like that")
     assert page.text("#no-match") == "No camera is like that." and page.shown("#camera-table") == []
 

@@ -1,6 +1,9 @@
 """Many cameras at once, and texts of cameras that would like to be more than text."""
+import csv
+import io
+
 import pytest
-from cameras import mac, root, stored
+from cameras import mac, report, root, stored
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 
@@ -29,6 +32,10 @@ def test_names_with_a_counter_and_addresses_from_a_range(page):
     page.click_text("Set them up together")
     pattern, _, first, _ = page.shown(".together input")
     pattern.send_keys("Gate ##")
+    first.send_keys("198.18.1.6/30")
+    page.click_text("Show the plan")
+    page.wait(lambda: "network" in page.text(".together .fault") and page.focused == first, "that there are not enough addresses")
+    first.clear()
     first.send_keys("198.18.1.3/15")  # which camera 3 has, so it is left out
     assert "Gate 01" in page.text(".preview") and "198.18.1.4/15" in page.text(".preview")
     page.click_text("Show the plan")
@@ -74,17 +81,31 @@ def test_a_table_is_dropped_on_the_list(page):
     assert [one.text for one in page.shown("#many button") if one.text.startswith("Apply")] == []
 
 
+def test_a_file_that_is_no_table_of_cameras_is_not_sent(page):
+    page.script(DROP, "x" * 1000001)
+    page.wait(lambda: "site.csv" in page.text("#many-problem"), "that it is too large")
+
+
 @pytest.mark.refusals(400)
 def test_what_is_wrong_with_a_table_is_told_with_its_place(page):
-    page.script(DROP, f"mac,name,http-port\n{mac(2)},Gate,8088\n")
+    page.script(DROP, f"mac,name,http-port\n{mac(2)},Gate,8088\n{mac(3)},{'x' * 64},80\n")
     page.wait(lambda: "8087 and 8089 are free" in page.text("#many-problem table"), "the fault")
-    assert [one.text for one in page.shown("#many-problem tbody tr th, #many-problem tbody td")][:2] == ["2", "3"]
+    cells = [one.text for one in page.shown("#many-problem tbody tr th, #many-problem tbody td")]
+    assert (cells[0:2], cells[3:5], len(cells)) == (["2", "3"], ["3", "2"], 6)
 
 
 def test_the_cameras_are_exported(page):
+    """With the values that their stores have, and without secrets."""
     page.click_text("Export")
     table = page.saved("cameras.csv")
-    assert mac(1) in table and "Yard" in table and "ipv4.address" in table and "seven" not in table
+    rows = {one["mac"]: one for one in csv.DictReader(io.StringIO(table))}
+    assert set(rows) == {mac(number) for number in (1, 2, 3)}
+    kept = {"name": ("CAMSYSTEM", "CameraName"), "wifi.ssid": ("WIRELESS", "SSID"), "ddns.host": ("DDNS", "HOST")}
+    for number in (1, 2, 3):
+        row = rows[mac(number)]
+        assert {key: row[key] for key in kept} == {key: stored(number, *place) for key, place in kept.items()}
+        assert row["ipv4.address"] == stored(number, "NETWORK_V4", "IP") + "/15"
+    assert "seven brown foxes" not in table
 
 
 def test_texts_of_cameras_are_only_text(page):
@@ -101,5 +122,11 @@ def test_texts_of_cameras_are_only_text(page):
     page.click_text("Reboot …", "#detail")
     assert page.text("dialog h2") == f"Reboot {HOSTILE}?"
     page.keys(Keys.ESCAPE)
+    page.click("#detail-close")
+    report(b"\x02\x00\x5e\x00\x00\x01", "198.18.99.1", HOSTILE.encode(), b"<img src=1 onerror=harm(2)>", HOSTILE.encode())
+    stranger = "tr[data-mac='02:00:5e:00:00:01']"
+    page.wait(lambda: page.text(stranger).count(HOSTILE) == 2 and "<img src=1 onerror=harm(2)>" in page.text(stranger), "a camera that is only heard")
+    page.one(f"{stranger} a.name").click()
+    page.wait(lambda: page.text("#detail .facts").count("<img") == 2, "what it says of itself")
     assert page.script("return [document.images.length, window.harmed ?? null]") == [0, None]
     assert page.driver.find_elements(By.CSS_SELECTOR, "svg[onload]") == []

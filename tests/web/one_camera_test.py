@@ -14,8 +14,12 @@ WAY = ["waiting", "sent", "away", "back", "verified"]
 WATCH = """
     window.steps = [];
     window.countdown = '';
+    window.countdownInTable = '';
+    window.isLocked = false;
     new MutationObserver(() => {
         window.countdown ||= document.querySelector('.way .now .countdown')?.textContent ?? '';
+        window.countdownInTable ||= document.querySelector('#camera-table .countdown')?.textContent ?? '';
+        window.isLocked ||= document.querySelector('#detail .settings fieldset:disabled input') !== null;
         const step = document.querySelector('.way')?.className.replace('way ', '');
         if (step && window.steps.at(-1) !== step) window.steps.push(step);
     }).observe(document.body, { childList: true, subtree: true });"""
@@ -87,6 +91,8 @@ def test_a_camera_is_named_by_the_keyboard_alone(page):
     steps = page.script("return window.steps")
     assert steps == [step for step in WAY if step in steps] and "away" in steps and steps[-1] == "verified"
     assert re.fullmatch(r"\d+ s", page.script("return window.countdown"))
+    assert re.fullmatch(r"\d+ s", page.script("return window.countdownInTable"))
+    assert page.script("return window.isLocked"), "nothing is typed while the camera changes"
 
 
 @pytest.mark.refusals(401)
@@ -127,6 +133,7 @@ def test_a_camera_is_moved_to_a_fixed_address(page):
     page.wait(lambda: "198.18.7.2" in row(page, 2), "the new address in the table")
     assert stored(2, "NETWORK_V4", "IP") == "198.18.7.2"
     assert page.one("input[name='ipv4.address']").get_attribute("value") == "198.18.7.2/15"
+    page.wait(lambda: page.shown("#detail .change-bar") == [], "nothing is left to send")
 
 
 def test_a_camera_joins_a_network_of_its_survey(page):
@@ -166,10 +173,16 @@ def test_changes_that_were_not_sent_are_not_lost_by_leaving(page):
     log_in(page, 2)
     page.type("input[name='name']", "Forgotten")
     page.click("#detail-close")
-    page.driver.switch_to.alert.dismiss()
+    assert "Camera 2" in page.text("dialog") and page.focused.text == "Cancel"
+    page.keys(Keys.ESCAPE)
+    page.wait(lambda: page.all("dialog") == [], "the question's end")
     assert page.one("input[name='name']").get_attribute("value") == "Forgotten"
+    page.one(f"#camera-table tr[data-mac='{mac(3)}'] a.name").click()
+    page.driver.back()  # a question is enough
+    assert len(page.shown("dialog")) == 1 and page.text("#detail-heading") == "Camera 2"
+    page.click_text("Leave", "dialog")
+    page.wait(lambda: page.text("#detail-heading") == "Camera 3", "the other camera")
     page.click("#detail-close")
-    page.driver.switch_to.alert.accept()
     page.wait(lambda: page.shown("#detail") == [], "the list alone")
 
 

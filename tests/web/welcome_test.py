@@ -5,12 +5,19 @@ import pytest
 from accessibility import faults
 from cameras import end
 from chromium import TREE, Page, start_tool
+from support.waiting import wait_until
 
 
 @pytest.fixture(scope="module", name="page")
 def lonely_page(tmp_path_factory):
-    process, address = start_tool(PATH=f"{TREE}/virtual-camera:{os.environ['PATH']}")
-    page = Page(tmp_path_factory.mktemp("chromium"), address)
+    """The browser comes in by the file that it is opened with."""
+    folder = tmp_path_factory.mktemp("chromium")
+    opener = folder / "xdg-open"
+    opener.write_text(f'#!/bin/sh\necho "$1" >"{folder}/name" && mv "{folder}/name" "{folder}/opened"\n')
+    opener.chmod(0o755)
+    process, address = start_tool(look=(), PATH=f"{folder}:{TREE}/virtual-camera:{os.environ['PATH']}", XDG_RUNTIME_DIR=str(folder))
+    wait_until((folder / "opened").exists, "a browser is opened")
+    page = Page(folder, address, "file://" + (folder / "opened").read_text().strip())
     yield page
     page.close()
     end(process)

@@ -28,7 +28,7 @@ export async function withSecrets(csv) {
 }
 
 export async function readFile(file) {
-    if (file.size > kLargest) throw new Error(t('file.large', { name: file.name }));
+    if (file.size > kLargest) throw Object.assign(new Error(t('file.large', { name: file.name })), { code: 'too-large' });
     return file.text();
 }
 

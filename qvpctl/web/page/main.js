@@ -1,7 +1,7 @@
 // Starts the page: its language, what the tool knows, and the view that the address line names.
 import { api } from './api.js';
-import { errorText } from './dialog.js';
-import { announce, download } from './dom.js';
+import { ask, errorText } from './dialog.js';
+import { announce, download, element } from './dom.js';
 import { isEditing, loginToAll, showDetail, startDetail } from './detail.js';
 import { listen } from './events.js';
 import { count, fillLanguages, loadLanguage, t } from './language.js';
@@ -10,7 +10,7 @@ import { withLogin } from './login.js';
 import { showMany, startMany } from './many.js';
 import { startSelection } from './selection.js';
 import { keepCounting } from './state_mark.js';
-import { known, onChange, tell } from './store.js';
+import { cameraName, known, onChange, tell } from './store.js';
 import { startWelcome, writeWelcome } from './welcome.js';
 
 const byId = (id) => document.getElementById(id);
@@ -42,10 +42,20 @@ function returnFocus(left) {
     (link ?? byId('cameras')).focus();
 }
 
-function navigate() {
-    if (isEditing() && viewOf(location.hash).mac !== viewOf(opened).mac && !confirm(t('changes.leave'))) {
+const leavesChanges = () => ask({
+    title: t('changes.leave'),
+    content: element('p', {}, t('changes.leave.hint', { name: cameraName(viewOf(opened).mac) })),
+    confirm: t('changes.leave.confirm'),
+    submit: () => true,
+});
+
+// The camera stays where it is until that is answered, also where the browser's own buttons led away from it.
+async function navigate() {
+    if (isEditing() && viewOf(location.hash).mac !== viewOf(opened).mac) {
+        const wanted = location.hash;
         history.replaceState(null, '', opened);
-        return;
+        if (document.querySelector('dialog[open]') !== null || !await leavesChanges()) return;
+        history.replaceState(null, '', wanted);
     }
     const left = opened;
     opened = location.hash;

@@ -62,8 +62,16 @@ async function makePlan(body) {
     }
 }
 
+// What is said of the file is said on this view, so it has to be there.
+function showView() {
+    return new Promise((resolve) => {
+        addEventListener('hashchange', resolve, { once: true });
+        location.hash = '#many';
+    });
+}
+
 async function takeFile(file) {
-    if (section().hidden) location.hash = '#many';
+    if (section().hidden) await showView();
     if (step !== 'wanted') writeWanted();
     try {
         const body = await withSecrets(await readFile(file));
@@ -109,10 +117,25 @@ async function saveResult() {
     }
 }
 
+// It is told at once: the cameras that are on their way may take long.
+async function stopRun(event) {
+    const stop = event.currentTarget;
+    if (stop.getAttribute('aria-disabled') === 'true') return;
+    stop.setAttribute('aria-disabled', 'true');
+    stop.textContent = t('run.stopping');
+    announce(stop.textContent);
+    try {
+        await api.fleetStop();
+    } catch (error) {
+        stop.setAttribute('aria-disabled', 'false');
+        stop.textContent = t('run.stop');
+        showProblem(error);
+    }
+}
+
 function runActions() {
     const isRunning = known.run?.stage === 'running';
-    const stop = () => api.fleetStop().catch(showProblem);
-    return element('div', { class: 'actions' }, isRunning ? button(t('run.stop'), stop, { id: 'run-stop' })
+    return element('div', { class: 'actions' }, isRunning ? button(t('run.stop'), stopRun, { id: 'run-stop' })
         : [button(t('run.result'), saveResult, { id: 'run-result', class: 'primary' }), button(t('run.more'), writeWanted)]);
 }
 

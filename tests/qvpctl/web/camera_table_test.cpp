@@ -171,7 +171,9 @@ TEST_F(CameraTableTest, NoisyOnesKeepNobodyWaiting) {
     for (uint32_t i = 0; i < 300; i++) take(camera(i + 1));
     std::set<std::string> told;
     for (int round = 0; round < 2; round++) {
-        for (const Record& one : table.news(now)) told.insert(one["mac"]);
+        const auto news = table.news(now);
+        EXPECT_EQ(news.size(), 200u);
+        for (const Record& one : news) told.insert(one["mac"]);
         pass(300ms);
         for (uint32_t i = 0; i < 200; i++) {
             client::Found one = camera(i + 1);
