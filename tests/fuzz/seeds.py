@@ -210,8 +210,112 @@ def downloads():
     yield "found_length_beyond_an_int", answer(200, 4294967301, b"image")
 
 
+SEARCH, TALK = b"\0", b"\1"
+AS_IT_IS, ANSWER, ANSWER_IN_LENGTH, PRESENCE = range(4)
+
+
+def discovery_payload():
+    return (field("Brand", 64) + field("Product", 64) + field("Model", 32) + field("1.05", 32) + bytes([3, 0, 1, 0, 0, 0]) +
+            MAC + field("Front door", 64) + bytes([192, 0, 2, 10]) + struct.pack(">H", 80) + bytes(2) +
+            bytes([255, 255, 255, 0, 192, 0, 2, 1, 192, 0, 2, 2, 0, 0, 0, 0, 0]) + field("20260131102030", 16) +
+            struct.pack("<HB", 51, 0))
+
+
+def services_payload():
+    return (bytes(1) + field("user", 64) * 2 + bytes([3, 3, 1]) + field("user", 64) + field("pass", 64) +
+            field("host.example.com", 64) + bytes([1]) + field("names.example.com;", 200))
+
+
+def clock_payload():
+    return field("20260131102030", 16) + struct.pack("<HBB", 51, 0, 1) + field("ntp.example.com", 80)
+
+
+def wifi_payload():
+    return (bytes([1, 6]) + field("Workshop", 36) + bytes([0x30, 0x04, 0, 0]) + field("abcde", 32) * 4 +
+            field("correct horse", 68) + bytes(14))
+
+
+def survey_payload():
+    return b"".join(field(f"net {index}", 33) + bytes([90 - index, 0x30, 0x64]) for index in range(20)) + b"\0\0\xFF\xFF"
+
+
+def conversation(*payloads):
+    return TALK + b"".join(record(ANSWER_IN_LENGTH, payload) for payload in payloads)
+
+
+def replies():
+    reports = record(PRESENCE, field("Product", 64) + field("3", 32) + field("1.05", 32) + MAC + field("A", 64) +
+                     field("Yard", 64) + bytes([192, 0, 2, 11, 255, 255, 255, 0]))
+    yield "found", SEARCH + record(ANSWER_IN_LENGTH, discovery_payload())
+    yield "heard", SEARCH + reports
+    yield "heard_then_found", SEARCH + reports + record(ANSWER_IN_LENGTH, discovery_payload())
+    yield "no_datagram_of_a_camera", SEARCH + record(AS_IT_IS, b"hello") + record(ANSWER, bytes(3))
+    yield "settings", conversation(discovery_payload(), services_payload(), clock_payload(), wifi_payload(), b"\1" * 4,
+                                   survey_payload(), struct.pack("<4H", 0xA6, 0xA7, 0xA8, 0), bytes(16), bytes(8))
+    yield "refused", conversation(discovery_payload(), b"\3" * 15, b"\2" + bytes(14))
+    yield "no_date", conversation(discovery_payload().replace(b"20260131102030", b"20261331102030"))
+    yield "silence", TALK + record(0, b"") * 5
+
+
+CAMERA = "02:00:5e:10:00:01"
+
+
+def camera_files():
+    yield "table", f"tmac,name,ipv4.address,wifi.key\n{CAMERA},Yard,192.0.2.10/24,prompt:a\n"
+    yield "semicolons", f't\xEF\xBB\xBFmac;name;model\r\n{CAMERA};"Front; ""door""\nlane";x\r\n'
+    yield "escapes", f"tmac,name\n{CAMERA},'=a\\x41\\u{{e9}}\\\\\n"
+    yield "everything", (f"tmac,http-port,ipv4.method,ipv4.gateway,ipv4.dns,upnp,ddns.user,ddns.password,time.zone,time.ntp,"
+                         f"password,wifi.ssid,wifi.security\n{CAMERA},8080,static,192.0.2.1,192.0.2.2,on,u,env:A,Asia/Tokyo,"
+                         f"off,file:a,Home,wpa2-aes\n")
+    yield "secret_in_the_file", f"tmac,password\n{CAMERA},MARKED\n"
+    yield "no_camera", "tmac\n"
+    yield "open_quote", f't"mac\n{CAMERA}'
+    yield "missing_secret", f"tmac,password\n{CAMERA},env:missing\n"
+    yield "policy", (f'p[defaults]\ntime.ntp = "off"\nipv4.address = "198.18.7.1-9/24"\npassword = {{ file = "new" }}\n'
+                     f'[[group]]\nproduct = "VC-2*"\nset = {{ upnp = false }}\n[[camera]]\nmac = "{CAMERA}"\n'
+                     f'product = "VC-2"\nname = "Hall"\n')
+    yield "table_beside", f"ptable = 'a.csv'\n[[group]]\nname = '*'\nset.upnp = true\0mac,name\n{CAMERA},Yard\n"
+    yield "long_text", f"p[[camera]]\nmac = '{CAMERA}'\nname = \"\"\"\nMARKED\"\"\"\n[camera.wifi]\nssid = ''\n"
+    yield "no_toml", 'ppassword = "MARKED\n'
+    yield "deep_key", "p" + "a." * 20 + "b = 1\n"
+    yield "twins", f"p[[camera]]\nmac = '{CAMERA}'\n" * 2
+
+
+def request(method, path, body="", **headers):
+    """A header of which the value is None is left out."""
+    known = {"Host": "127.0.0.1:8080", "X-Qvpctl": "1", "Content-Type": "application/json", **headers}
+    token, cookie = known.pop("token", ""), known.pop("cookie", "c00kie")
+    lines = [method, path, token, cookie] + [f"{name}: {value}" for name, value in known.items() if value is not None]
+    return "\n".join(lines) + "\n\n" + body
+
+
+def pages():
+    yield "read", request("GET", "/api/session")
+    yield "token", request("GET", "/", token="1e7t-me-in", cookie="")
+    yield "wrong_token", request("GET", "/", token="1e7t-me-im", cookie="")
+    yield "no_cookie", request("GET", "/api/session", cookie="")
+    yield "foreign_page", request("POST", "/api/search", "{}", Origin="http://example.com")
+    yield "own_page", request("POST", "/api/search", "{}", Origin="http://localhost:8080", **{"Sec-Fetch-Site": "same-origin"})
+    yield "other_name", request("GET", "/", Host="camera.example:8080")
+    yield "form", request("POST", "/api/login", "user=a", **{"Content-Type": "text/plain"})
+    yield "no_header", request("POST", "/api/login", "{}", **{"X-Qvpctl": None})
+    yield "too_large", request("POST", "/api/login", "{}", **{"Content-Length": "1048577"})
+    yield "chunks", request("POST", "/api/login", "{}", **{"Transfer-Encoding": "chunked"})
+    yield "put", request("PUT", "/api/login", "{}")
+    yield "login", request("POST", "/api/login", '{"mac": null, "user": "admin", "password": "secret"}')
+    yield "settings", request("POST", "/api/plan", '{"settings": {"name": "a\\u00e9", "wifi.key": "MARKED", "upnp": "on"}}')
+    yield "confirm", request("DELETE", "/api/x", '{"confirm": "Yard", "parallel": 8}')
+    yield "table", request("POST", "/api/fleet", '{"csv": "mac,password\\n' + CAMERA + ',prompt:a\\n", "secrets": '
+                           '{"prompt:a": "MARKED"}}')
+    yield "cameras", request("POST", "/api/fleet", '{"cameras": [{"mac": "' + CAMERA + '", "settings": {"name": "\'=a\\"", '
+                             '"password": "MARKED"}}]}')
+    yield "deep", request("POST", "/api/fleet", "[" * 50)
+    yield "no_object", request("POST", "/api/fleet", '"text"')
+
+
 TARGETS = {
     "datagram": datagrams, "store": stores, "site_list": site_lists, "scan": scans, "download": downloads,
+    "reply": replies, "camera_file": camera_files, "page": pages,
 }
 
 
