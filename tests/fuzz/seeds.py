@@ -1,9 +1,9 @@
 """Writes the inputs that every fuzz target starts from, and those that once showed a defect.
 
-Usage: seeds.py FOLDER
+Usage: seeds.py FOLDER [TARGET...]
 
-A folder a target, a file an input; what a file holds is told at the top of the target. The names of those that showed a
-defect tell which.
+A folder a target (for all, where none is named), a file an input; what a file holds is told at the top of the target.
+The names of those that showed a defect tell which.
 """
 import base64
 import pathlib
@@ -319,15 +319,15 @@ TARGETS = {
 }
 
 
-def main(folder):
-    for target, inputs in TARGETS.items():
+def main(folder, targets):
+    for target in targets or TARGETS:
         place = folder / target
         place.mkdir(parents=True, exist_ok=True)
         for old in place.iterdir():
             old.unlink()
-        for name, content in inputs():
+        for name, content in TARGETS[target]():
             (place / name).write_bytes(content if isinstance(content, bytes) else content.encode("latin-1"))
 
 
 if __name__ == "__main__":
-    main(pathlib.Path(sys.argv[1]))
+    main(pathlib.Path(sys.argv[1]), sys.argv[2:])

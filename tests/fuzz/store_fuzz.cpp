@@ -63,12 +63,11 @@ static void writeFile(std::string_view text) {
 }
 
 static std::string readFile() {
-    std::string text(1 << 17, '\0');
+    std::string text(fs::file_size(folder().file()), '\0');
     const int file = open(folder().file().c_str(), O_RDONLY | O_CLOEXEC);
     require(file >= 0, "the store is there");
-    const ssize_t length = read(file, text.data(), text.size());
+    require(read(file, text.data(), text.size()) == static_cast<ssize_t>(text.size()), "the store can be read");
     close(file);
-    text.resize(static_cast<size_t>(length));
     return text;
 }
 
