@@ -21,6 +21,11 @@ def key_names():
     return [f"{row[1]} {row[3]}" for row in rows]
 
 
+def text_keys():
+    rows = [line for line in KEYS.read_text().splitlines() if '(k' in line and line.count('"') == 4]
+    return [number for number, row in enumerate(rows) if row.strip().startswith("TEXT")]
+
+
 def record(kind, content):
     return struct.pack("<BH", kind, len(content)) + content
 
@@ -56,9 +61,10 @@ def basic_info(port=80, dhcp=0):
             bytes([192, 0, 2, 1]) + bytes(8) + bytes([dhcp]))
 
 
-def wifi(security, key_bits, active, wep="", psk="", channel=6):
-    return (bytes([1, channel]) + field("Workshop", 36) + bytes(security) + bytes([key_bits, active]) + bytes(1) +
-            field(wep, 32) * 4 + field(psk, 68) + bytes(14))
+def wifi(codes, wep="", psk="", channel=6):
+    """The codes: mode and encryption, authentication and length of WEP keys, their format and the active one."""
+    return (bytes([1, channel]) + field("Workshop", 36) + bytes(codes) + bytes(1) + field(wep, 32) * 4 + field(psk, 68) +
+            bytes(14))
 
 
 def simple_wifi(authentication, encryption, key):
@@ -86,7 +92,7 @@ def sites(count):
 
 CHANGES = {
     0x00A2: basic_info(), 0x00A4: bytes(64) + credential('pa"$(x)`\\'), 0x00A7: services(3),
-    0x00A9: wifi([0x30, 0x04], 0, 0, psk="correct horse"), 0x00AD: date_time("20260131102030"),
+    0x00A9: wifi([0x30, 4, 0], psk="correct horse"), 0x00AD: date_time("20260131102030"),
     0x00B0: simple_wifi(4, 3, "correct horse"),
 }
 READINGS = [0x00A3, 0x00A6, 0x00A8, 0x00AB, 0x00AC, 0x00AE, 0x00AF, 0x00B1, 0x00C0, 0x0103]
@@ -115,11 +121,15 @@ def datagrams():
         yield f"broadcast_{family}", store + record(0, everybody)
         survey = record(1, sites(25).encode()) + protected(0x00B1, b"", family) + protected(0x00AE, b"", family)
         yield f"survey_{family}", survey
-    yield "wep_key_text", protected(0x00A9, wifi([0x10, 0x00], 0, 0, wep="abcde"))
-    yield "wep_key_hex", protected(0x00A9, wifi([0x10, 0x10], 1, 0, wep="0123456789abcdef0123456789"))
+    yield "wep_key_text", protected(0x00A9, wifi([0x10, 0, 0], wep="abcde"))
+    yield "wep_key_hex", protected(0x00A9, wifi([0x10, 0x10, 0x31], wep="0123456789abcdef0123456789"))
+    yield "no_such_wep_key", protected(0x00A9, wifi([0x10, 0, 0x40], wep="abcde"))
+    long_texts = b"".join(record(16 + number, b"x" * 256) for number in text_keys() if "USER_ADMIN" not in key_names()[number])
+    yield "long_texts", long_texts + b"".join(protected(opcode) for opcode in (0x00A6, 0x00A8, 0x00AC, 0x00AF)) + record(
+        0, header(0x00A1, PRIMARY, 0))
     yield "group", record(4, b"admin") + protected(0x00A3)
     yield "upgrading", record(6, b"\1\0\0\0") + protected(0x0103)
-    yield "other_region", record(3, b"\7\0\0\0") + protected(0x00A9, wifi([0, 0], 0, 0, channel=36))
+    yield "other_region", record(3, b"\7\0\0\0") + protected(0x00A9, wifi([0, 0, 0], channel=36))
     yield "ntp", protected(0x00AD, date_time("0" * 14, ntp=1))
     yield "long_ago", record(5, bytes(5)) + record(0, header(0x00A1, PRIMARY, 0))
     yield "summer_time", summer_time("M3.5.0/2:00:00")
@@ -138,6 +148,7 @@ def stores():
     yield "replaced", written("CAMSYSTEM CameraName", "Back door", whole)
     yield "added_to_section", written("System ModelName", "Model", whole)
     yield "added_section", written("WIRELESS SSID", " \"quoted\"\\\n", whole)
+    yield "quote_in_front", written("WIRELESS SSID", '"', whole)
     yield "number", written("HTTP Port", b"\x90\x1F\0\0", whole)
     yield "short", written("System MainVersion", b"\xFF\xFF", whole)
     yield "flag", written("UPnP Enable", b"\0", whole)
@@ -179,6 +190,9 @@ def scans():
     yield "many", room + (NETWORK + RSN) * 5
     yield "other_suites", room + NETWORK + RSN.replace("PSK", "SAE OWE IEEE 802.1X") + "\tVHT capabilities:\n\tHE capabilities:\n"
     yield "hidden", room + NETWORK + "\tSSID: \\x00\\x00\n\tSSID: told later\n"
+    yield "long_line", room + NETWORK + "\tSSID: " + "x" * 600 + "\n"
+    yield "room_for_the_heading_to_the_byte", "\x65\x00" + NETWORK
+    yield "room_for_one_to_the_byte", "\xCA\x00" + NETWORK
     yield "no_room", "\x60\x00" + NETWORK
     yield "room_for_one", "\xCC\x00" + NETWORK * 2
     yield "numbers_beyond_an_int", room + "BSS 02:00:5e:00:53:01\n\tfreq: 99999999999\n\tsignal: -99999999999 dBm\n"
@@ -254,6 +268,7 @@ def replies():
                                    survey_payload(), struct.pack("<4H", 0xA6, 0xA7, 0xA8, 0), bytes(16), bytes(8))
     yield "refused", conversation(discovery_payload(), b"\3" * 15, b"\2" + bytes(14))
     yield "no_date", conversation(discovery_payload().replace(b"20260131102030", b"20261331102030"))
+    yield "signed_date", conversation(discovery_payload().replace(b"20260131102030", b"-0010131102030"))
     yield "silence", TALK + record(0, b"") * 5
 
 
@@ -269,6 +284,7 @@ def camera_files():
                          f"off,file:a,Home,wpa2-aes\n")
     yield "secret_in_the_file", f"tmac,password\n{CAMERA},MARKED\n"
     yield "no_camera", "tmac\n"
+    yield "cut_character", f"tmac,name\n{CAMERA},\xE2\x82"
     yield "open_quote", f't"mac\n{CAMERA}'
     yield "missing_secret", f"tmac,password\n{CAMERA},env:missing\n"
     yield "policy", (f'p[defaults]\ntime.ntp = "off"\nipv4.address = "198.18.7.1-9/24"\npassword = {{ file = "new" }}\n'
@@ -296,6 +312,7 @@ def pages():
     yield "no_cookie", request("GET", "/api/session", cookie="")
     yield "foreign_page", request("POST", "/api/search", "{}", Origin="http://example.com")
     yield "own_page", request("POST", "/api/search", "{}", Origin="http://localhost:8080", **{"Sec-Fetch-Site": "same-origin"})
+    yield "two_pages", request("GET", "/", Origin="http://localhost:8080", origin="http://example.com")
     yield "other_name", request("GET", "/", Host="camera.example:8080")
     yield "form", request("POST", "/api/login", "user=a", **{"Content-Type": "text/plain"})
     yield "no_header", request("POST", "/api/login", "{}", **{"X-Qvpctl": None})
@@ -309,6 +326,7 @@ def pages():
                            '{"prompt:a": "MARKED"}}')
     yield "cameras", request("POST", "/api/fleet", '{"cameras": [{"mac": "' + CAMERA + '", "settings": {"name": "\'=a\\"", '
                              '"password": "MARKED"}}]}')
+    yield "no_text", request("POST", "/api/fleet", '{"cameras": [{"mac": "' + CAMERA + '", "settings": {"name": 5}}]}')
     yield "deep", request("POST", "/api/fleet", "[" * 50)
     yield "no_object", request("POST", "/api/fleet", '"text"')
 

@@ -8,6 +8,7 @@
 #include <array>
 #include <cstring>
 #include <filesystem>
+#include <optional>
 #include <vector>
 
 #include "fuzz/fuzz.h"
@@ -107,9 +108,45 @@ static void checkLines(std::string_view before, std::string_view after) {
     require(before.find('\n') == before.npos, "the other lines of a store stay as they are");
 }
 
+static std::string_view trimmed(std::string_view text) {
+    const size_t start = std::min(text.find_first_not_of(" \t"), text.size());
+    return text.substr(start, text.find_last_not_of(" \t") - start + 1);
+}
+
+// What stands behind the first `=` of a line that is that key's; nothing when none is.
+static std::optional<std::string_view> rawValueOf(const Key& key, std::string_view text) {
+    std::string_view section;
+    Input input(reinterpret_cast<const uint8_t*>(text.data()), text.size());
+    while (!input.isEmpty()) {
+        std::string_view line = input.upTo('\n');
+        if (line.ends_with('\r')) line.remove_suffix(1);
+        line = trimmed(line);
+        const size_t end = line.find(line.starts_with('[') ? ']' : '=');
+        if (line.empty() || line[0] == '#' || line[0] == ';' || end == line.npos || end == 0) continue;
+        if (line[0] == '[') section = trimmed(line.substr(1, end - 1));
+        if (line[0] == '[' || section.data() == nullptr) continue;
+        if (section == key.section && trimmed(line.substr(0, end)) == key.name) return trimmed(line.substr(end + 1));
+    }
+    return std::nullopt;
+}
+
+// A value in quotes is the other rules' matter.
+static void checkReading(const Content& content, std::string_view text) {
+    if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
+    for (size_t i = 0; i < std::size(kKeys); i++) {
+        const auto raw = rawValueOf(kKeys[i], text);
+        if (!raw) require(!content.isThere[i], "a key that no line names is missing");
+        if (!raw || !kKeys[i].isText || raw->starts_with('"')) continue;
+        require(content.isThere[i] == (raw->find('\0') == raw->npos), "a text is there unless a NUL is in it");
+        if (content.isThere[i])
+            require(raw->substr(0, 255) == content.values[i].data(), "a text is what its line says");
+    }
+}
+
 static void checkWrite(const Key& key, const Value& value, std::string_view text) {
     const size_t number = static_cast<size_t>(&key - kKeys);
     const Content before = contentOf();
+    checkReading(before, text);
     const bool isWritten = cfgWrite(key.section, key.name, value.data(), kWriteThrough) == 0;
     if (!isWritten) return require(readFile() == text, "a write that fails leaves the store as it was");
     require(!fs::exists(folder().file() + ".new"), "no temporary file is left");
