@@ -123,7 +123,7 @@ def datagrams():
         yield f"survey_{family}", survey
     yield "wep_key_text", protected(0x00A9, wifi([0x10, 0, 0], wep="abcde"))
     yield "wep_key_hex", protected(0x00A9, wifi([0x10, 0x10, 0x31], wep="0123456789abcdef0123456789"))
-    yield "no_such_wep_key", protected(0x00A9, wifi([0x10, 0, 0x40], wep="abcde"))
+    yield "no_such_wep_key", protected(0x00A9, wifi([0x10, 0, 0x50], wep="abcde"))
     long_texts = b"".join(record(16 + number, b"x" * 256) for number in text_keys() if "USER_ADMIN" not in key_names()[number])
     yield "long_texts", long_texts + b"".join(protected(opcode) for opcode in (0x00A6, 0x00A8, 0x00AC, 0x00AF)) + record(
         0, header(0x00A1, PRIMARY, 0))
@@ -267,8 +267,8 @@ def replies():
     yield "settings", conversation(discovery_payload(), services_payload(), clock_payload(), wifi_payload(), b"\1" * 4,
                                    survey_payload(), struct.pack("<4H", 0xA6, 0xA7, 0xA8, 0), bytes(16), bytes(8))
     yield "refused", conversation(discovery_payload(), b"\3" * 15, b"\2" + bytes(14))
-    yield "no_date", conversation(discovery_payload().replace(b"20260131102030", b"20261331102030"))
-    yield "signed_date", conversation(discovery_payload().replace(b"20260131102030", b"-0010131102030"))
+    yield "no_date", SEARCH + record(ANSWER_IN_LENGTH, discovery_payload().replace(b"20260131", b"20261331"))
+    yield "signed_date", SEARCH + record(ANSWER_IN_LENGTH, discovery_payload().replace(b"20260131", b"-0010131"))
     yield "silence", TALK + record(0, b"") * 5
 
 
@@ -293,6 +293,7 @@ def camera_files():
     yield "table_beside", f"ptable = 'a.csv'\n[[group]]\nname = '*'\nset.upnp = true\0mac,name\n{CAMERA},Yard\n"
     yield "long_text", f"p[[camera]]\nmac = '{CAMERA}'\nname = \"\"\"\nMARKED\"\"\"\n[camera.wifi]\nssid = ''\n"
     yield "no_toml", 'ppassword = "MARKED\n'
+    yield "table_twice", "p[MARKED]\n[MARKED]\n"
     yield "deep_key", "p" + "a." * 20 + "b = 1\n"
     yield "twins", f"p[[camera]]\nmac = '{CAMERA}'\n" * 2
 
