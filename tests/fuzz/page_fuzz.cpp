@@ -61,7 +61,7 @@ static bool check(const WebRequest& request) {
     if (!refusal) checkAdmitted(request);
     if (!refusal) return true;
     const bool isLetIn = refusal->status == 303;
-    require(isLetIn == (gate.secrets().token.empty() || request.cookie == kCookie) || !isLetIn, "a token is used once");
+    if (isLetIn && request.token == kToken) require(gate.secrets().token.empty(), "a token is used once");
     if (isLetIn) require(request.token == kToken || request.cookie == kCookie, "the token is the right one");
     const std::string& body = refusal->body;
     require(body.find(kCookie) == body.npos && body.find(kToken) == body.npos, "a refusal tells no secret");
