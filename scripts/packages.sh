@@ -8,9 +8,11 @@
     test_packages=(libgtest-dev libgmock-dev python3 python3-pytest python3-jsonschema python3-prometheus-client
         python3-pyte strace tzdata zsh fish groff-base mandoc)
     page_packages=(chromium chromium-driver python3-selenium)
+    fuzz_packages=(clang libclang-rt-dev)
     test_all_packages=(googletest g++-mips-linux-gnu libc6-dev-mips-cross qemu-user musl-tools clang-format clang-tidy
         shellcheck valgrind tshark lua-check lua5.4 debhelper dpkg-dev lintian mmdebstrap systemd uidmap make mkdocs
-        ansible-core ansible-lint pyflakes3 dropbear-bin openssh-client "${page_packages[@]}")
+        ansible-core ansible-lint pyflakes3 dropbear-bin openssh-client "${page_packages[@]}"
+        "${fuzz_packages[@]}")
     bench_packages=(python3 binutils strace valgrind)
 }
 
