@@ -13,6 +13,7 @@
         shellcheck valgrind tshark lua-check lua5.4 debhelper dpkg-dev lintian mmdebstrap systemd uidmap make mkdocs
         ansible-core ansible-lint pyflakes3 dropbear-bin openssh-client "${page_packages[@]}"
         "${fuzz_packages[@]}")
+    coverage_packages=(gcovr)
     bench_packages=(python3 binutils strace valgrind)
 }
 
