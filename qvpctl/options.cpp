@@ -71,7 +71,7 @@ void addOptionalChoice(CLI::App& app, const char* name, std::string& word, const
     app.add_option(name, word, help)->check(isOneOf(words))->type_name("");
 }
 
-static std::vector<std::string> takeApart(const std::string& list) {
+static std::vector<std::string> wordsOf(const std::string& list) {
     std::vector<std::string> words(1);
     for (const char letter : list) {
         if (letter == ',') {
@@ -86,13 +86,13 @@ static std::vector<std::string> takeApart(const std::string& list) {
 void addList(CLI::App& app, const char* names, std::vector<std::string>& words, const std::vector<std::string>& known,
              const char* help) {
     const auto check = [known](const std::string& list) -> std::string {
-        for (const std::string& word : takeApart(list)) {
+        for (const std::string& word : wordsOf(list)) {
             const bool isKnown = std::ranges::count(known, word) > 0;
             if (!isKnown) return "there is no '" + word + "' among " + CLI::detail::join(known, ", ");
         }
         return "";
     };
-    const auto take = [&words](const std::string& list) { words = takeApart(list); };
+    const auto take = [&words](const std::string& list) { words = wordsOf(list); };
     app.add_option_function<std::string>(names, take, help)
         ->type_name("LIST")
         ->check(CLI::Validator(check, "", CLI::detail::join(known, " ")));

@@ -8,7 +8,7 @@
 using client::Found;
 
 // Cameras report every 30 seconds; three of them lost are no accident.
-static constexpr std::chrono::seconds kPatience(95);
+static constexpr std::chrono::seconds kSilentAfter(95);
 static constexpr std::chrono::milliseconds kTellEvery(250);
 static constexpr size_t kMostNews = 200;
 static constexpr time_t kSeenEvery = 10;  // seconds; that a camera was seen again is no news each time
@@ -100,12 +100,12 @@ void CameraTable::endSearch(const std::vector<Found>& answered, Time now) {
     }
 }
 
-bool CameraTable::isSilent(const Entry& entry, Time now) { return entry.hasMissed && now - entry.seen >= kPatience; }
+bool CameraTable::isSilent(const Entry& entry, Time now) { return entry.hasMissed && now - entry.seen >= kSilentAfter; }
 
 bool CameraTable::isDoubtful(Time now) const {
     return std::ranges::any_of(cameras_, [&](const auto& one) {
         const Entry& entry = one.second;
-        return !entry.hasMissed && now - entry.seen >= kPatience;
+        return !entry.hasMissed && now - entry.seen >= kSilentAfter;
     });
 }
 

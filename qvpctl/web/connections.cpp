@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-static constexpr std::chrono::seconds kPatience(30);
+static constexpr std::chrono::seconds kSlowAfter(30);
 
 // The server sees the end of it and does the rest.
 static void shut(int socket) { shutdown(socket, SHUT_RDWR); }
@@ -26,7 +26,7 @@ void IdleConnections::end(int socket) {
 void IdleConnections::tick() {
     const std::scoped_lock lock(mutex_);
     std::erase_if(since_, [](const auto& one) {
-        const bool isSlow = Clock::now() - one.second >= kPatience;
+        const bool isSlow = Clock::now() - one.second >= kSlowAfter;
         if (isSlow) shut(one.first);
         return isSlow;
     });

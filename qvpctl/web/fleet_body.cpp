@@ -13,8 +13,6 @@ using nlohmann::json;
 
 using Secrets = std::map<std::string, Secret>;  // by their reference
 
-static Error bad(const std::string& what) { return Error(ErrorKind::BadValue, what); }
-
 static CameraFile readWith(const std::string& csv, const Secrets& secrets) {
     return client::readCameraFile(csv, [&](const std::string& key, const std::string& reference) {
         if (!reference.starts_with("prompt")) {

@@ -1,6 +1,5 @@
 #include "qvpctl/web/json_body.h"
 
-#include "client/error.h"
 #include "qvpctl/web/message.h"
 
 using client::Assignment;
@@ -9,7 +8,7 @@ using client::ErrorKind;
 using client::Secret;
 using nlohmann::json;
 
-static Error bad(const std::string& what) { return Error(ErrorKind::BadValue, what); }
+Error bad(const std::string& what) { return Error(ErrorKind::BadValue, what); }
 
 static constexpr int kDeepest = 8;
 

@@ -5,8 +5,12 @@
 #include <string>
 #include <vector>
 
+#include "client/error.h"
 #include "client/secret.h"
 #include "client/settings/change.h"
+
+// What is thrown for what the page should not have sent.
+client::Error bad(const std::string& what);
 
 // Its texts are overwritten at its end, as they may be secrets.
 class JsonBody {

@@ -190,3 +190,15 @@ TEST(RunProgram, KeepsNoDescriptorOfTheCallerWhileTheProgramRuns) {
     EXPECT_EQ(poll(&free, 1, 10'000), 1);
     for (const int descriptor : {port[0], go[0], go[1]}) close(descriptor);
 }
+
+// A program that is started finds every signal as it is at a start, whatever the daemon ignores.
+TEST(RunProgram, StartsWithEverySignalAsItIsAtAStart) {
+    char text[8192];
+    size_t length = 0;
+    const char* const arguments[] = {"cat", "/proc/self/status", nullptr};
+    auto* const before = signal(SIGCHLD, SIG_IGN);
+    EXPECT_EQ(runProgram(arguments, 30, text, sizeof text, length), 0);
+    signal(SIGCHLD, before);
+    EXPECT_NE(std::string(text).find("SigIgn:\t0000000000000000\n"), std::string::npos) << text;
+    EXPECT_NE(std::string(text).find("SigBlk:\t0000000000000000\n"), std::string::npos) << text;
+}
