@@ -2,20 +2,13 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <filesystem>
 #include <functional>
-#include <iterator>
 
 #include "common/run_program.h"
 #include "common/small_file.h"
 #include "platform.h"
+#include "support/open_descriptors.h"
 #include "support/temporary_folder.h"
-
-namespace fs = std::filesystem;
-
-static auto openDescriptors() {
-    return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
-}
 
 TEST(Descriptors, AreClosedAgain) {
     TemporaryFolder folder;

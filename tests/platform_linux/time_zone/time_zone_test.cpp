@@ -7,6 +7,7 @@
 #include <ostream>
 #include <set>
 
+#include "support/open_descriptors.h"
 #include "support/temporary_folder.h"
 #include "time_zone/time_zone.h"
 #include "time_zone/tokyo_file.h"
@@ -223,10 +224,6 @@ TEST(InstallTimeZone, LetsEverybodyReadTheFiles) {
         ASSERT_EQ(stat((folder / name).c_str(), &status), 0);
         EXPECT_EQ(status.st_mode & 07777, 0644u) << name;
     }
-}
-
-static long openDescriptors() {
-    return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
 }
 
 TEST(InstallTimeZone, LeavesNoDescriptorOpen) {
