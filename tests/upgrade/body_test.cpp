@@ -86,13 +86,13 @@ TEST_F(Body, EndsWhereItWasAnnouncedToEnd) {
     EXPECT_EQ(bytesReceived(), kHeader10 + 10);
 }
 
+#ifndef __SANITIZE_THREAD__  // which itself writes to all that is asked for
 long mostMemoryInKib() {
     rusage usage{};
     EXPECT_EQ(getrusage(RUSAGE_SELF, &usage), 0);
     return usage.ru_maxrss;
 }
 
-#ifndef __SANITIZE_THREAD__  // which itself writes to all that is asked for
 // A buffer of the announced size is asked for at once, but takes the camera's memory only as bytes come.
 TEST_F(Body, AnAnnouncedLengthTakesNoMemory) {
     const long before = mostMemoryInKib();
