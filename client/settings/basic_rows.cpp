@@ -87,7 +87,7 @@ static void setDns(CameraState& wanted, const std::string& text) {
     wanted.camera.dhcp = false;
 }
 
-static constexpr Setting kRows[] = {
+static constexpr Setting kBasicRows[] = {
     {.key = "name",
      .group = Group::Basic,
      .summary = "what the camera is called",
@@ -133,6 +133,6 @@ static constexpr Setting kRows[] = {
      .set = setDns     },
 };
 
-std::span<const Setting> basicRows() { return kRows; }
+std::span<const Setting> basicRows() { return kBasicRows; }
 
 }  // namespace client

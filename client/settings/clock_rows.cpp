@@ -110,7 +110,7 @@ static void setNow(CameraState& wanted, const std::string& text) {
     wanted.clock->localTime = text == "now" ? text : isoTime(wanted.timeToSet);
 }
 
-static constexpr Setting kRows[] = {
+static constexpr Setting kClockRows[] = {
     {.key = "time.zone",
      .group = Group::Clock,
      .summary = "its time zone",
@@ -143,6 +143,6 @@ static constexpr Setting kRows[] = {
      .set = setNow            },
 };
 
-std::span<const Setting> clockRows() { return kRows; }
+std::span<const Setting> clockRows() { return kClockRows; }
 
 }  // namespace client

@@ -11,7 +11,7 @@ static void setPassword(CameraState& wanted, const Secret& text) {
 
 static const Secret* password(const CameraState& state) { return state.password ? &*state.password : nullptr; }
 
-static constexpr Setting kRows[] = {
+static constexpr Setting kPasswordRows[] = {
     {.key = "password",
      .group = Group::Password,
      .summary = "the administrator's password",
@@ -21,6 +21,6 @@ static constexpr Setting kRows[] = {
      .secret = password},
 };
 
-std::span<const Setting> passwordRows() { return kRows; }
+std::span<const Setting> passwordRows() { return kPasswordRows; }
 
 }  // namespace client

@@ -31,7 +31,7 @@ static std::string getPppoeUser(const CameraState& state) { return state.service
 static constexpr char kSwitchedWithUpnp[] =
     "dynamic DNS has no switch of its own: a change of its values switches it on or off as upnp is";
 
-static constexpr Setting kRows[] = {
+static constexpr Setting kServicesRows[] = {
     {.key = "upnp",
      .group = Group::Services,
      .summary = "whether it announces itself by UPnP",
@@ -76,6 +76,6 @@ static constexpr Setting kRows[] = {
      .get = getPppoeUser                          },
 };
 
-std::span<const Setting> servicesRows() { return kRows; }
+std::span<const Setting> servicesRows() { return kServicesRows; }
 
 }  // namespace client

@@ -76,7 +76,7 @@ static void setKey(CameraState& wanted, const Secret& text) {
     wifi.wepKeyFormat = kindOfWepKey(text).format;
 }
 
-static constexpr Setting kRows[] = {
+static constexpr Setting kWifiRows[] = {
     {.key = "wifi.enabled",
      .group = Group::Wifi,
      .summary = "whether its radio is on",
@@ -131,6 +131,6 @@ static constexpr Setting kRows[] = {
      .secret = key},
 };
 
-std::span<const Setting> wifiRows() { return kRows; }
+std::span<const Setting> wifiRows() { return kWifiRows; }
 
 }  // namespace client

@@ -27,11 +27,11 @@ class Mutant:
         return source[: self.start] + self.text + source[self.end :]
 
     def shown(self, source):
-        """The line as it was and as it is."""
+        """The line as it was and as it is, wherever in the file it stands."""
         first = source.rfind("\n", 0, self.start) + 1
         last = source.find("\n", self.end)
         before, after = source[first:last], source[first : self.start] + self.text + source[self.end : last]
-        return f"{self.file}:{self.line}: {self.kind}: {' '.join(before.split())}  ->  {' '.join(after.split())}"
+        return f"{self.file}: {self.kind}: {' '.join(before.split())}  ->  {' '.join(after.split())}"
 
 
 def blanked(source):

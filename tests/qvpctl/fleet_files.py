@@ -12,9 +12,13 @@ import cameras
 from cameras import mac
 
 
+# Cameras on this machine answer within milliseconds, and every search waits for all answers; one that runs its commands
+# while others do is asked as long as it takes.
+PATIENCE = ["--wait", "0.5", "--retries", "11"]
+
+
 def run(form, command, *arguments, **options):
-    """Cameras on this machine answer within milliseconds, and every run waits for all answers."""
-    return cameras.run(form, command, *arguments, "--wait", "0.5", **options)
+    return cameras.run(form, command, *arguments, *PATIENCE, **options)
 
 
 def write(folder, heading, *rows, name="site.csv"):
@@ -49,7 +53,7 @@ def cut_off(site, words, *options, **environment):
 
 def start(*arguments, **environment):
     """A run that tells its steps."""
-    return subprocess.Popen([cameras.TOOL, *arguments, "--wait", "0.5"], stdin=subprocess.DEVNULL,
+    return subprocess.Popen([cameras.TOOL, *arguments, *PATIENCE], stdin=subprocess.DEVNULL,
                             stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
                             env={**os.environ, "QVPCTL_PASSWORD": "admin", **environment})
 

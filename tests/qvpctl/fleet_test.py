@@ -10,7 +10,7 @@ from fleet_files import by_mac, cut_off, keep_answers_back, results, run, write
 
 FIFTY, MUTE, FOREIGN = 50, 17, 33  # how many; whose answers get lost, and who has another password, by their index
 COMMON = ["--set", "NETWORK_V4/IP=198.18.30.1"]
-AT_ONCE = ["--parallel", "24"]
+AT_ONCE = ["--parallel", "16"]
 
 
 def wanted(camera):

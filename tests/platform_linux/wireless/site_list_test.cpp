@@ -112,6 +112,25 @@ TEST_F(SiteList, IsEmptyWhereAScanFoundNothing) {
     EXPECT_EQ(std::string(list).size(), 101U);
 }
 
+TEST_F(SiteList, SaysWhyThereIsNone) {
+    char list[1000] = "before";
+    const auto said = [](auto ask) {
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(ask(), -1);
+        return testing::internal::GetCapturedStderr();
+    };
+    makeIw("exit 1\n");
+    EXPECT_EQ(said([&] { return scan(list, sizeof list); }),
+              "qvp platform: no list of networks: iw dev wlan7 scan failed\n");
+    std::filesystem::remove(folder / "net/wlan7/wireless");
+    EXPECT_EQ(said([&] { return scan(list, sizeof list); }),
+              "qvp platform: no list of networks: no wireless interface\n");
+    const std::string missing = folder / "none";
+    setenv("QVP_SITE_LIST", missing.c_str(), 1);
+    EXPECT_EQ(said([&] { return getSiteList(list, sizeof list); }),
+              "qvp platform: no list of networks: cannot read " + missing + ": No such file or directory\n");
+}
+
 TEST_F(SiteList, IsNoneWhereTheScanFailed) {
     char list[1000] = "before";
     for (const char* script : {"exit 240\n", "echo 'command failed'; exit 1\n", "kill -9 $$\n"}) {
