@@ -146,6 +146,18 @@ def test_a_zone_holds_at_once_for_everybody(tool, camera, protocol):
     assert camera.commands() == [NOTICE] * len(zones)  # the time itself, and the NTP client, are left alone
 
 
+def test_a_zone_counts_for_more_than_one_of_the_environment(tool, lan):
+    """Which the daemon was started with: it shows the time of the zone that it is given."""
+    camera = lan.camera("--no-daemon")
+    run = camera.start_daemon("eth0", prefix=["env", "TZ=<+13>-13"]).wait_for_start()
+    for zone, distance in [(MARQUESAS, -34200), (KATHMANDU, 20700), (MARQUESAS, -34200)]:
+        apply(tool, camera, zone=zone)
+        before = int(time.time())
+        assert before <= camera_clock(tool, camera) - distance <= time.time()
+    run.signal(signal.SIGTERM)
+    assert run.exit_status() == 0
+
+
 RULES = [  # daylight saving, DstAuto, Offset, Starttime, Stoptime, zone, in January, in July
     (0, b"1", b"+01:00", b"M3.5.0/2:0:0", b"M10.5.0/3:0:0", BERLIN, "+0100", "+0100"),
     (1, b"1", b"+01:00", b"M3.5.0/2:0:0", b"M10.5.0/3:0:0", BERLIN, "+0100", "+0200"),

@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "support/captured_stderr.h"
+#include "support/child_process.h"
 
 int qvp_main(int argc, char* argv[]);
 
@@ -33,7 +34,9 @@ DaemonRun runDaemon(const std::vector<std::string>& arguments, const std::vector
     const pid_t child = fork();
     if (child == 0) {
         for (const int descriptor : closed) close(descriptor);
-        _exit(runMain(arguments) & 0xFF);
+        const int status = runMain(arguments) & 0xFF;
+        fake::clearScript();  // what comes now is not the daemon's
+        endChild(status);
     }
     int status = 0;
     waitpid(child, &status, 0);

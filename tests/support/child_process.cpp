@@ -11,13 +11,25 @@
 
 constexpr int kNotAllowed = 77;
 
+#ifdef QVP_COVERAGE
+extern "C" void __gcov_dump();
+static void writeCounts() { __gcov_dump(); }
+#else
+static void writeCounts() {}
+#endif
+
+void endChild(int status) {
+    writeCounts();
+    _exit(status);
+}
+
 int inChild(const std::function<void()>& body) {
     std::fflush(nullptr);
     const pid_t child = fork();
     if (child == 0) {
         body();
         std::fflush(nullptr);
-        _exit(testing::Test::HasFailure() ? 1 : 0);
+        endChild(testing::Test::HasFailure() ? 1 : 0);
     }
     int status = -1;
     EXPECT_EQ(waitpid(child, &status, 0), child);
