@@ -1,24 +1,20 @@
 // The daemon: start-up, the receive loop, orderly shutdown.
-#include <arpa/inet.h>
 #include <errno.h>
 #include <malloc.h>
-#include <netinet/in.h>
 #include <signal.h>
 #include <stddef.h>
 #include <stdint.h>
 #include <stdlib.h>
 #include <string.h>
-#include <sys/select.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include "handlers/qvp_function.h"
 #include "landap/landap_function.h"
 #include "protocol/packet_header.h"
-#include "service/interface_binding.h"
 #include "service/pid_file.h"
 #include "service/presence_report.h"
 #include "service/receive_loop.h"
+#include "service/service_socket.h"
 #include "service/service_state.h"
 #include "service/signals.h"
 #include "service/usage.h"
@@ -47,24 +43,11 @@ static int initFamilies(const char* interfaceName) {
     return 0;
 }
 
-static int setOption(int option, const void* value, size_t size) {
-    return setsockopt(g_nSocket, SOL_SOCKET, option, value, static_cast<socklen_t>(size));
-}
-
-static int setSocketOptions(const char* interfaceName) {
-    const int on = 1;
-    if (bindToInterface(interfaceName) < 0) return fail(212, "setsockopt: SO_BINDTODEVICE failed");
-    if (setOption(SO_BROADCAST, &on, sizeof on) < 0) return fail(220, "setsockopt: SO_BROADCAST failed");
-    if (setOption(SO_REUSEADDR, &on, sizeof on) < 0) return fail(228, "setsockopt: SO_REUSEADDR failed");
-    return 0;
-}
-
-static int bindSocket() {
-    sockaddr_in local = {};
-    local.sin_family = AF_INET;
-    local.sin_port = htons(kPort);
-    local.sin_addr.s_addr = htonl(INADDR_ANY);
-    if (bind(g_nSocket, reinterpret_cast<const sockaddr*>(&local), sizeof local) < 0) return fail(235, "bind failed");
+static int prepareSocket(const char* interfaceName) {
+    if (bindToInterface(g_nSocket, interfaceName) < 0) return fail(212, "setsockopt: SO_BINDTODEVICE failed");
+    if (allowBroadcast(g_nSocket) < 0) return fail(220, "setsockopt: SO_BROADCAST failed");
+    if (allowReuse(g_nSocket) < 0) return fail(228, "setsockopt: SO_REUSEADDR failed");
+    if (bindToPort(g_nSocket) < 0) return fail(235, "bind failed");
     return 0;
 }
 
@@ -102,12 +85,10 @@ static void freeBuffers() {
 
 static int openService(const char* interfaceName) {
     setLargeBlocksApart();
-    g_nSocket = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, IPPROTO_UDP);
-    if (g_nSocket >= FD_SETSIZE) errno = EMFILE;  // beyond those that select can wait for
-    if (g_nSocket < 0 || g_nSocket >= FD_SETSIZE) return fail(183, "create socket failed");
+    g_nSocket = openSocket();
+    if (g_nSocket < 0) return fail(183, "create socket failed");
     if (initFamilies(interfaceName) != 0) return -1;
-    if (setSocketOptions(interfaceName) != 0) return -1;
-    if (bindSocket() != 0) return -1;
+    if (prepareSocket(interfaceName) != 0) return -1;
     return allocateBuffers();
 }
 

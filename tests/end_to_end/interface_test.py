@@ -2,8 +2,10 @@
 import signal
 import subprocess
 
+import pytest
 from support.camera import TREE
 from support.requests import discovery
+from support.waiting import wait_until
 from support.wire import EVERYONE, request
 
 CABLE = TREE / "virtual-camera" / "lib" / "cable"
@@ -23,19 +25,26 @@ def bring_interface_back(camera, mac):
     subprocess.run([CABLE, "plug-in", str(camera.number)], check=True)
 
 
-def report(camera, count):
+def report(daemon, count):
     """Has it send a presence report, and waits until it has tried."""
-    camera.signal(signal.SIGALRM)
-    camera.wait_for_trace("[general_report]", count)
+    daemon.signal(signal.SIGALRM)
+    wait_until(lambda: daemon.trace().count("[general_report]") >= count, f"report {count}")
 
 
-def test_an_interface_that_is_made_again(tool, camera):
+AS_ROOT = []
+AS_A_SERVICE = ["setpriv", "--bounding-set", "-net_raw,-net_admin", "--inh-caps", "-net_raw,-net_admin"]
+
+
+@pytest.mark.parametrize("rights", [AS_ROOT, AS_A_SERVICE], ids=["root", "service"])
+def test_an_interface_that_is_made_again(tool, lan, rights):
+    camera = lan.camera("--no-daemon")
+    run = camera.start_daemon("eth0", prefix=rights).wait_for_start()
     assert len(tool.ask(camera, discovery(camera))) == 505
     take_interface_away(camera)
-    report(camera, 2)  # the first was that of the start
+    report(run, 2)  # the first was that of the start
     bring_interface_back(camera, bytes.fromhex("025156aa0001"))
-    report(camera, 3)
-    camera.wait_for_trace("qvp(eth0): the interface is there again\n")
+    report(run, 3)
+    wait_until(lambda: "qvp(eth0): the interface is there again\n" in run.trace(), "the interface")
     assert len(tool.ask(camera, discovery(camera))) == 505
     assert tool.ask(camera, request(0x00A1), EVERYONE)[6:12] == camera.mac
 
