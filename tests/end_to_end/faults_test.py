@@ -9,15 +9,17 @@ import random
 import shutil
 import signal
 from dataclasses import dataclass
+from pathlib import Path
 from typing import Callable
 
 import pytest
 from conftest import DAEMON
-from support.requests import basic_info, discovery
-from support.wire import protected
+from support.requests import BASIC_INFO_COMMANDS, basic_info, change_password, discovery
+from support.wire import protected, reply
 
 NAME = slice(226, 290)
 STORE, NAME_SERVERS, CHANNELS = "etc/qvp/camera.ini", "etc/resolv.conf", "etc/wifi_channel.ini"
+NO_PROCESSES = "run/no_processes"
 NOISE = random.Random(1).randbytes(65536)
 
 
@@ -28,6 +30,8 @@ class Fault:
     end: Callable
     is_reached: bool = True
     keeps: bool = True  # what it is told meanwhile
+    runs: bool = True  # the board's commands meanwhile, where it keeps what it is told
+    prepare: Callable = lambda camera: None
 
 
 def in_camera(text):
@@ -95,6 +99,25 @@ def unlock(camera):
     os.close(camera.lock)
 
 
+def load_no_processes(camera):
+    """Boots the camera again with the library that can take all processes away from its programs."""
+    library = Path(os.environ.get("QVP_NO_PROCESSES_LIBRARY", ""))
+    assert library.is_file(), "QVP_NO_PROCESSES_LIBRARY has to name the library that no_processes.c makes"
+    (camera.root / "usr/lib/no_processes.so").write_bytes(library.read_bytes())
+    with (camera.root / "etc/ld.so.preload").open("a") as preloaded:
+        preloaded.write("/usr/lib/no_processes.so\n")
+    camera.run("sh", "-c", "echo reboot >/var/lib/init")
+    camera.wait_for_trace("QVP Client Start", 2)
+
+
+def take_processes(camera):
+    (camera.root / NO_PROCESSES).touch()
+
+
+def give_processes(camera):
+    (camera.root / NO_PROCESSES).unlink()
+
+
 # A file system of its own for the store, with it in there.
 SMALL = "mkdir /tmp/keep && cp -p /etc/qvp/* /tmp/keep && mount -t tmpfs -o {} small /etc/qvp && cp -p /tmp/keep/camera.ini /etc/qvp"
 GONE = "umount /etc/qvp && rm -r /tmp/keep"
@@ -108,8 +131,9 @@ others = [
           in_camera(GONE), keeps=False),
     Fault("no inode left", in_camera(SMALL.format("nr_inodes=2")), in_camera(GONE), keeps=False),
     Fault("no numbers to share", move_folder("/run/qvp", "/run/away"), move_folder("/run/away", "/run/qvp")),
-    Fault("no shell", in_camera("mount --bind /dev/null /bin/sh"), lambda camera: camera.run("umount", "/bin/sh")),
-    Fault("no board scripts", move_folder("/etc/init.d", "/etc/away.d"), move_folder("/etc/away.d", "/etc/init.d")),
+    Fault("no shell", in_camera("mount --bind /dev/null /bin/sh"), lambda camera: camera.run("umount", "/bin/sh"), runs=False),
+    Fault("no board scripts", move_folder("/etc/init.d", "/etc/away.d"), move_folder("/etc/away.d", "/etc/init.d"), runs=False),
+    Fault("no processes", take_processes, give_processes, runs=False, prepare=load_no_processes),
     Fault("no descriptor left", limit("--nofile=3:1024"), limit("--nofile=1024:1024"), keeps=False),
     Fault("no file may grow", limit("--fsize=1:unlimited"), limit("--fsize=unlimited"), keeps=False),
     Fault("no pid file", in_camera("mv /run/qvp-eth0.pid /run/away.pid"), in_camera("mv /run/away.pid /run/qvp-eth0.pid")),
@@ -121,6 +145,9 @@ others = [
           in_camera("for i in $(seq 200); do ip address delete 10.9.0.$i/32 dev eth0; done")),
     Fault("a daemon that is held", to_signal(signal.SIGSTOP), to_signal(signal.SIGCONT), is_reached=False),
 ]
+
+
+COMMANDS = [command for command in BASIC_INFO_COMMANDS if "msger" not in command]  # which says nothing here
 
 
 def name_of(tool, camera):
@@ -143,23 +170,29 @@ def serve_during(tool, camera, fault):
 
 @pytest.mark.parametrize("fault", files + others, ids=lambda fault: fault.name.replace(" ", "_").replace("/", "."))
 def test_a_fault(tool, camera, fault):
+    fault.prepare(camera)
     # The board's web server reads the store, too, and would wait at a pipe in the daemon's stead.
     camera.replace_script("/usr/sbin/msger", "#!/bin/sh\n")
     assert set_name(tool, camera, b"Before")[16] == 0
     tool.assert_in_step(camera)
     fault.begin(camera)
+    camera.forget_commands()
     kept = fault.is_reached and serve_during(tool, camera, fault)
+    if kept:
+        assert camera.commands() == (COMMANDS if fault.runs else [])
     fault.end(camera)
     if fault.name == "an interface that is down":
         camera.run("ip", "route", "replace", "198.18.0.0/15", "dev", "eth0")
     if "store" not in fault.name and STORE not in fault.name:
         assert name_of(tool, camera) == (b"Meanwhile" if kept else b"Before")
+    camera.forget_commands()
     assert set_name(tool, camera, b"Afterwards")[16] == 0
     assert name_of(tool, camera) == b"Afterwards"
     assert camera.store()["CAMSYSTEM"]["CameraName"] == b"Afterwards"
     assert not [path for path in camera.store_file.parent.iterdir() if path.name.startswith(".") or "new" in path.name]
-
     tool.assert_in_step(camera)
+    assert camera.commands() == COMMANDS
+
     if not (fault.name == "no descriptor left" and b"__asan_init" in DAEMON.read_bytes()):  # which looks for leaks at the end
         fault.begin(camera)
     pid = camera.daemon_pid()
@@ -167,3 +200,25 @@ def test_a_fault(tool, camera, fault):
     if fault.name == "a daemon that is held":
         camera.signal(signal.SIGCONT)
     assert camera.wait_for_end() == "0"
+
+
+def login_is(tool, camera, password):
+    return tool.ask(camera, protected(0xA3, camera, password=password))[16] == 0
+
+
+def test_no_process_for_a_scan_and_for_a_new_password(tool, lan):
+    camera = lan.camera("--wireless", "iw")
+    load_no_processes(camera)
+    camera.forget_commands()
+    take_processes(camera)
+    asked = protected(0xB1, camera)
+    assert tool.ask(camera, asked) == reply(asked, camera, 38, {26: b"\x02\0\0\0\x20\x4e\0\0"})
+    assert tool.ask(camera, change_password(camera, b"new"))[16] == 0
+    assert login_is(tool, camera, b"new") and not login_is(tool, camera, b"admin")
+    assert "iw dev wlan0 scan failed" in camera.trace()
+    assert camera.commands() == []
+    give_processes(camera)
+    tool.ask(camera, protected(0xB1, camera, password=b"new"))
+    assert tool.ask(camera, protected(0xAE, camera, password=b"new"))[22:30] == b"Rooftop\0"
+    assert tool.ask(camera, change_password(camera, b"newer", old=b"new"))[16] == 0
+    assert camera.commands()[:2] == ["/usr/sbin/iw dev wlan0 scan", "/usr/sbin/set_passwd -u admin -p newer"]
