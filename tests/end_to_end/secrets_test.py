@@ -1,5 +1,5 @@
-"""No secret in a trace: passwords and keys go through every command that carries one, from the wire and from the store,
-and neither the daemon's standard error nor a command of the board has them, in no form."""
+"""No secret in a trace: marked passwords and keys go through every command that carries one, to the store and from it,
+and neither the daemon's standard error nor a command of the board shows one, plain or encoded."""
 import base64
 import fcntl
 import os
@@ -48,15 +48,14 @@ def base64_of(text):
 
 
 # A key of hexadecimal digits is a text like any other.
-FORMS = {form for text in (MARK, MARK.hex().encode()) for form in base64_of(text)}
+MARK_HEX = MARK.hex().encode()
+DIGITS = (MARK_HEX, MARK_HEX.hex().encode())
+BASE64 = {*base64_of(MARK), *base64_of(MARK_HEX)}
 
 
 def shows_a_secret(text):
-    small = text.lower()
-    digits = re.sub(rb"0x|[^0-9a-z]", b"", small)
-    twice_hex = MARK.hex().encode().hex().encode()
-    return MARK.lower() in small or MARK.hex().encode() in digits or twice_hex in digits or any(
-        form in text for form in FORMS)
+    digits = re.sub(rb"0x|[^0-9a-z]", b"", text.lower())
+    return MARK in text.upper() or any(form in digits for form in DIGITS) or any(form in text for form in BASE64)
 
 
 ENCODINGS = {
@@ -152,7 +151,7 @@ def commands_without_the_password(camera):
     """The one command that has a secret, the administrator's new password: its account's password is set by it."""
     for words in camera.board_log():
         if words[:4] == [b"/usr/sbin/set_passwd", b"-u", b"admin", b"-p"] and words[4] in (OLD, NEW):
-            words = words[:4]
+            words = words[:4] + words[5:]
         yield b" ".join(words)
 
 
