@@ -100,7 +100,7 @@ def unlock(camera):
 
 
 def load_no_processes(camera):
-    """Boots the camera again with the library that can take all processes away from its programs."""
+    """Boots the camera again with the library that can take all processes away from its daemon."""
     library = Path(os.environ.get("QVP_NO_PROCESSES_LIBRARY", ""))
     assert library.is_file(), "QVP_NO_PROCESSES_LIBRARY has to name the library that no_processes.c makes"
     (camera.root / "usr/lib/no_processes.so").write_bytes(library.read_bytes())
