@@ -4,8 +4,8 @@
 #include <functional>
 #include <string>
 
-// Ends a child process at once, which leaves the parent's buffers and exit handlers alone. What it has reached counts for
-// the coverage.
+// Ends a child process at once, which leaves the parent's buffers and exit handlers alone. What it has reached counts
+// for the coverage.
 [[noreturn]] void endChild(int status);
 
 // Exit status of a child process that runs `body`: 0 when it returns without a failure, 1 with one, -1 when the process
