@@ -32,6 +32,11 @@ static ssize_t writeSome(const char* text, size_t length) {
     return -1;
 }
 
+// Nobody takes it now, and somebody may later: a reader that wakes up, a disk that is cleared.
+static bool isWithoutRoom(int reason) {
+    return reason == EAGAIN || reason == ENOSPC || reason == EDQUOT || reason == EFBIG;
+}
+
 // False when there was no room; `written` is what the first attempt has come to. Where nobody can read it any more,
 // there is nothing to tell later.
 static bool putRest(const char* text, size_t length, ssize_t written) {
@@ -39,7 +44,7 @@ static bool putRest(const char* text, size_t length, ssize_t written) {
     const char* const end = text + length;
     for (;; written = writeSome(left, static_cast<size_t>(end - left))) {
         if (written < 0 && errno == EINTR) continue;
-        if (written < 0 && errno == EAGAIN) {
+        if (written < 0 && isWithoutRoom(errno)) {
             if (left != text) __atomic_store_n(&g_uIsCut, uint32_t{1}, __ATOMIC_RELAXED);
             return false;
         }
