@@ -22,7 +22,7 @@ constexpr std::size_t kRoom = 4 << 20;
 struct SharedLog {
     pthread_mutex_t mutex;
     std::size_t used;
-    int counters[3];
+    int counters[4];
     char text[kRoom];  // events, each with a NUL behind it
 };
 
@@ -176,5 +176,7 @@ int commandsWithBlockedSignals() { return count(Counter::BlockedSignals); }
 int commandsWithIgnoredSignals() { return count(Counter::IgnoredSignals); }
 
 int commandsWithOpenDescriptors() { return count(Counter::OpenDescriptors); }
+
+int storeCallsWithOpenSignals() { return count(Counter::InterruptibleStore); }
 
 }  // namespace fake

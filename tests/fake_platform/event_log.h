@@ -12,7 +12,7 @@ std::vector<std::string> readEvents();
 void clearEventLog();
 
 // Counters with the same reach.
-enum class Counter { BlockedSignals, IgnoredSignals, OpenDescriptors };
+enum class Counter { BlockedSignals, IgnoredSignals, OpenDescriptors, InterruptibleStore };
 void increment(Counter counter);
 int count(Counter counter);
 

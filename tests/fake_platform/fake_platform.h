@@ -101,6 +101,9 @@ int commandsWithBlockedSignals();
 int commandsWithIgnoredSignals();
 int commandsWithOpenDescriptors();
 
+// Reads and writes of the store that one of the daemon's signals could have interrupted.
+int storeCallsWithOpenSignals();
+
 // --- System calls ---
 
 // Makes the nth call from now (1 the next) of a caught function, of cfgWrite or of set_timezone fail with this errno.

@@ -1,3 +1,5 @@
+#include <signal.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -109,6 +111,14 @@ std::optional<Value> taken(KeyType type, const void* source) {
     }
 }
 
+void noteOpenSignals() {
+    sigset_t blocked;
+    sigprocmask(SIG_BLOCK, nullptr, &blocked);
+    for (const int number : {SIGALRM, SIGINT, SIGQUIT, SIGTERM, SIGUSR1}) {
+        if (sigismember(&blocked, number) == 0) return increment(Counter::InterruptibleStore);
+    }
+}
+
 std::string shown(const std::optional<Value>& value) {
     if (!value) return "unknown";
     if (const auto* text = std::get_if<std::string>(&*value)) return quoted(*text);
@@ -177,6 +187,7 @@ using namespace fake;
 extern "C" {
 
 int cfgRead(const char* section, const char* key, void* out) {
+    noteOpenSignals();
     appendEvent(std::string("cfgRead ") + section + " " + key);
     noteUncleared(section, key, out);
     const auto found = g_store.values.find({section, key});
@@ -188,6 +199,7 @@ int cfgRead(const char* section, const char* key, void* out) {
 int cfgWrite(const char* section, const char* key, const void* value, int flag) {
     const std::optional<Value> given = taken(keyType(section, key), value);
     noteUnclearedText(section, key, value);
+    noteOpenSignals();
     appendEvent(std::string("cfgWrite ") + section + " " + key + " " + shown(given) + " " + std::to_string(flag));
     if (!given || callFails("cfgWrite")) return -1;
     g_store.values[{section, key}] = *given;

@@ -296,6 +296,16 @@ TEST_F(Commands, StartWithNoneOfTheDaemonsSignalsBlockedOrIgnored) {
     EXPECT_EQ(fake::commandsWithIgnoredSignals(), 0);
 }
 
+// The window of a command closes with it: the clock is set behind another action's command, and reads the store.
+TEST_F(Commands, LeaveNoSignalToTheStoreBehindThem) {
+    fake::beforeWait([] { g_nNetworkReset = g_nResetTime = 1; });
+    fake::deliver(discovery());
+    EXPECT_EQ(runDaemon().status, 0);
+    const fake::Events order = behind("system /etc/init.d/ipv4");
+    EXPECT_THAT(order, Contains("cfgRead DATETIME TimeZone"));
+    EXPECT_EQ(fake::storeCallsWithOpenSignals(), 0);
+}
+
 // Not even for the process that waits for the command, which close-on-exec does not reach.
 TEST_F(Commands, StartWithoutTheDaemonsDescriptors) {
     runAll();
