@@ -12,8 +12,8 @@
 
 using Bytes4 = std::array<uint8_t, 4>;
 
-// In a network of its own: two ends of a cable, one of them without an address. It is the first test, because
-// what asks the kernel stays open, in the network where it was opened.
+// In a network of its own: two ends of a cable, one of them without an address. Whatever else asks the kernel before
+// this does so in a child: what asks stays open, in the network where it was opened.
 TEST(Interface, HasWhatTheKernelTells) {
     constexpr int kNotAllowed = 77;
     const int status = inChild([] {
