@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/types.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -66,6 +67,9 @@ CATCH(ssize_t, readlink, (const char* path, char* target, size_t size), (path, t
 CATCH(int, poll, (pollfd * descriptors, nfds_t count, int timeout), (descriptors, count, timeout))
 CATCH(int, flock, (int descriptor, int operation), (descriptor, operation))
 CATCH(int, fchmod, (int descriptor, mode_t mode), (descriptor, mode))
+CATCH(int, fchown, (int descriptor, uid_t user, gid_t group), (descriptor, user, group))
+CATCH(int, fchownat, (int folder, const char* path, uid_t user, gid_t group, int flags),
+      (folder, path, user, group, flags))
 CATCH(int, unlinkat, (int folder, const char* path, int flags), (folder, path, flags))
 CATCH(ssize_t, readlinkat, (int folder, const char* path, char* target, size_t size), (folder, path, target, size))
 CATCH(int, symlinkat, (const char* target, int folder, const char* path), (target, folder, path))
@@ -73,6 +77,13 @@ CATCH(int, linkat, (int folder, const char* path, int newFolder, const char* new
       (folder, path, newFolder, newPath, flags))
 CATCH(int, renameat, (int folder, const char* path, int newFolder, const char* newPath),
       (folder, path, newFolder, newPath))
+
+// None of the calls that are counted.
+extern "C" int __real_nanosleep(const timespec* pause, timespec* left);
+extern "C" int __wrap_nanosleep(const timespec* pause, timespec* left);
+extern "C" int __wrap_nanosleep(const timespec* pause, timespec* left) {
+    return g_caught && g_calls.noPause ? 0 : __real_nanosleep(pause, left);
+}
 
 extern "C" int __real_fsync(int descriptor);
 extern "C" int __wrap_fsync(int descriptor);

@@ -15,6 +15,7 @@ struct FileCalls {
     int interruptAt = 0;       // likewise, by a signal if the call is a kind that can be
     std::function<void(const std::string& name)> before = nullptr;  // called before each call
     bool noSync = false;                                            // fsync does nothing, for tests with many writes
+    bool noPause = false;                                           // nanosleep returns at once
     std::size_t mostBytes = 0;  // a write takes no more at once; 0: as many as it is given
 };
 

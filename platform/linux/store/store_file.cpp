@@ -194,7 +194,10 @@ static uint32_t busyIn;  // the request that has waited in vain for another writ
 static int change(int key, const char* value) {
     StoreFolder folder;
     if (lockStoreFolder(storePath(), folder) != 0) {
-        if (errno == EWOULDBLOCK) busyIn = requestNumber;
+        if (errno == EWOULDBLOCK) {
+            busyIn = requestNumber;
+            forget(kept);  // meanwhile the other writer may have changed it
+        }
         return -1;
     }
     int result = -1;

@@ -4,8 +4,8 @@ if(musl_specs AND NOT CMAKE_CROSSCOMPILING)
     set(platform ${CMAKE_CURRENT_LIST_DIR}/../../../platform)
     set(probe ${CMAKE_CURRENT_BINARY_DIR}/zone_probe.musl)
     set(probe_sources ${CMAKE_CURRENT_LIST_DIR}/zone_probe.cpp)
-    foreach(source common/complain common/folder_lock common/small_file time_zone/time_zone time_zone/zone_file
-            time_zone/zone_install time_zone/zone_table time_zone/zone_text)
+    foreach(source common/complain common/folder_lock common/kept_file common/small_file time_zone/time_zone
+            time_zone/zone_file time_zone/zone_install time_zone/zone_table time_zone/zone_text)
         list(APPEND probe_sources ${platform}/linux/${source}.cpp)
     endforeach()
     add_custom_command(OUTPUT ${probe}
