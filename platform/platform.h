@@ -13,11 +13,10 @@ extern "C" {
 
 // --- Requests ------------------------------------------------------------------------------------------------------
 
-// Optional: a board need not have it. The daemon calls it when a request has come, before a presence report, and
-// between commands that run after a reply. A platform may read what it needs once from one call to the next; what other
-// programs have finished changing before a call, it must show behind it. Before the first call nothing may be kept. In
-// a static library it has to stand in a file with another operation: by itself it does not make the linker take its
-// file.
+// Optional: a board need not have it. The daemon calls it when a request has come, before a presence report, and before
+// what runs after a reply. A platform may read what it needs once from one call to the next; what other programs have
+// finished changing before a call, it must show behind it. Before the first call nothing may be kept. In a static
+// library it has to stand in a file with another operation: by itself it does not make the linker take its file.
 void requestBegins(void);
 
 // --- Configuration store -------------------------------------------------------------------------------------------

@@ -70,13 +70,10 @@ static constexpr DeferredAction kActions[] = {
     {&g_nReboot,          restartDevice     },
 };
 
-// The first is a part of the request: it has no further wait for another program that is in the way.
 void runDeferredActions() {
-    bool hasRun = false;
     for (const DeferredAction& action : kActions) {
         if (*action.flag == 0) continue;
-        if (hasRun) beginRequest();  // the action before it ran commands
-        hasRun = true;
+        beginRequest();  // the actions before it ran commands
         action.run();
         requestTookLong = true;
         *action.flag = 0;

@@ -78,10 +78,6 @@ static int substituteFill(std::uint8_t* reply, int page, int size) {
 
 using unit::substitutes;
 
-void requestBegins() {
-    if (substitutes().recordsRequests) fake::record("requestBegins");
-}
-
 extern "C" {
 
 int __real__Z17qvp_function_initPKc(const char* name);

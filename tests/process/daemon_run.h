@@ -26,8 +26,7 @@ DaemonRun runDaemon(const std::vector<std::string>& arguments = {"eth0"}, const 
 // What a function of the daemon's gives instead of doing its work, as the linker puts it in.
 struct Substitutes {
     bool primaryInitFails = false, landapInitFails = false;
-    bool recordsRequests = false;  // each call of requestBegins is an event
-    bool siteSurvey = false;       // the two below stand in for both families' pair
+    bool siteSurvey = false;  // the two below stand in for both families' pair
     int checkResult = 0, accepted = 0;
     std::vector<int> fillResults;  // of one call after the other; then -1
 };

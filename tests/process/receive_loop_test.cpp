@@ -193,18 +193,6 @@ TEST_F(ReceiveLoop, RunsDeferredActionsBehindTheReplyInBothFamilies) {
     }
 }
 
-// Behind a command the store may have changed, and only there; so what a request waits for it waits for once.
-TEST_F(ReceiveLoop, BeginsNoRequestBetweenTheReplyAndTheFirstAction) {
-    substitutes().recordsRequests = true;
-    fake::beforeWait([] { g_nWebServerReset = g_nNetworkReset = g_nResetTime = 1; });
-    fake::deliver(headerOnly(discovery()));
-    EXPECT_EQ(runDaemon().status, 0);
-    fake::Events order = fake::eventsOf({"wait", "requestBegins", "sendto", "system"});
-    for (std::string& event : order) event = event.substr(0, event.find(' '));
-    EXPECT_THAT(order, ElementsAre("requestBegins", "sendto", "wait", "requestBegins", "sendto", "system",
-                                   "requestBegins", "system", "requestBegins", "system", "wait"));
-}
-
 TEST_F(ReceiveLoop, RunsDeferredActionsEvenWhenTheReplyCannotBeSent) {
     fake::failCall("sendto", 2, EHOSTUNREACH);
     fake::deliver(request(command(primaryFamily(), "reboot")).first(150));
