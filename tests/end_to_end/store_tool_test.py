@@ -2,6 +2,7 @@
 import fcntl
 import os
 import random
+import resource
 import subprocess
 import threading
 from pathlib import Path
@@ -120,16 +121,40 @@ def test_help_and_list(store):
 
 def test_a_key_without_a_value(camera, store):
     camera.change_store("CAMSYSTEM", "CameraName", None)
-    assert refusal(store, "get", "CAMSYSTEM/CameraName")[0] == 1
+    assert refusal(store, "get", "CAMSYSTEM/CameraName") == (1, "")
     camera.change_store("HTTP", "Port", b"eighty")
-    assert refusal(store, "get", "HTTP/Port")[0] == 1
+    assert refusal(store, "get", "HTTP/Port") == (1, "")
 
 
-def test_nothing_is_said_to_be_done_that_was_not(camera, store):
+def run_on(path, *words, **options):
+    return subprocess.run([*PROGRAM, *words], check=False, text=True, stderr=subprocess.PIPE, timeout=60,
+                          env=os.environ | {"QVP_STORE": str(path)}, **options)
+
+
+def test_a_store_that_cannot_be_read(tmp_path):
+    (tmp_path / "large.ini").write_bytes(b"#" * 100000)
+    for path, reason in [(tmp_path / "none.ini", "No such file or directory"), (tmp_path, "Is a directory"),
+                         (tmp_path / "none/camera.ini", "No such file or directory"), (tmp_path / "large.ini", "File too large")]:
+        done = run_on(path, "get", "CAMSYSTEM/CameraName")
+        assert (done.returncode, done.stderr) == (1, f"qvp-store: {path}: {reason}\n")
+
+
+@pytest.mark.parametrize("words", [["get", "CAMSYSTEM/CameraName"], ["list"], ["--help"]], ids=lambda words: words[0])
+def test_nothing_is_said_to_be_done_that_was_not(camera, words):
     with open("/dev/full", "w", encoding="utf-8") as full:
-        done = subprocess.run([*PROGRAM, "get", "CAMSYSTEM/CameraName"], stdout=full, check=False,
-                              env=os.environ | {"QVP_STORE": str(camera.store_file)})
-    assert done.returncode == 1
+        done = run_on(camera.store_file, *words, stdout=full)
+    assert (done.returncode, done.stderr) == (1, "qvp-store: standard output: No space left on device\n")
+
+
+def test_a_limit_on_the_size_of_files(camera):
+    def limit():
+        resource.setrlimit(resource.RLIMIT_FSIZE, (1, 1))
+
+    before = camera.store_file.read_bytes()
+    done = run_on(camera.store_file, "set", "CAMSYSTEM/CameraName", "Yard", preexec_fn=limit)
+    assert done.returncode == 1 and done.stderr.endswith(": File too large\n")
+    assert camera.store_file.read_bytes() == before
+    assert [path.name for path in camera.store_file.parent.iterdir() if "camera" in path.name] == ["camera.ini"]
 
 
 def test_another_writer_is_waited_for(camera, store):

@@ -1,4 +1,6 @@
 // qvp-store: the board's scripts read and change the configuration store by it, under the lock that the daemon takes.
+#include <errno.h>
+#include <signal.h>
 #include <stdint.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -9,6 +11,7 @@
 #include "platform.h"
 #include "store/ini_value.h"
 #include "store/key_table.h"
+#include "store/store_file.h"
 
 enum Status { kDone = 0, kFailed = 1, kRefused = 2 };
 
@@ -25,8 +28,8 @@ static constexpr char kHelp[] =
     "\n"
     "The store is $QVP_STORE, else /etc/qvp/camera.ini.\n"
     "\n"
-    "Exit status: 0 when that was done; 1 when the key has no value, or the store cannot be read or written;\n"
-    "2 for arguments, keys and values that are refused.\n";
+    "Exit status: 0 when that was done; 1 when the key has no value, which is not told, or the store cannot be read\n"
+    "or written; 2 for arguments, keys and values that are refused.\n";
 
 static int refuse(const char* key, const char* reason) {
     fprintf(stderr, "qvp-store: %s: %s\n", key, reason);
@@ -42,24 +45,38 @@ static int keyNumber(const char* path) {
     return storeKeyNumber(section, name);
 }
 
-static int printValue(const StoreKey& key, const void* value) {
+static void printValue(const StoreKey& key, const void* value) {
     switch (key.type) {
         case StoreType::Text:
-            return printf("%s\n", static_cast<const char*>(value));
+            printf("%s\n", static_cast<const char*>(value));
+            break;
         case StoreType::Int32:
-            return printf("%d\n", *static_cast<const int32_t*>(value));
+            printf("%d\n", *static_cast<const int32_t*>(value));
+            break;
         case StoreType::Uint16:
-            return printf("%d\n", *static_cast<const uint16_t*>(value));
+            printf("%d\n", *static_cast<const uint16_t*>(value));
+            break;
         case StoreType::Flag:
-            return printf("%d\n", *static_cast<const uint8_t*>(value));
+            printf("%d\n", *static_cast<const uint8_t*>(value));
+            break;
     }
-    return -1;
 }
 
+static int fail(const char* what) {
+    fprintf(stderr, "qvp-store: %s: %s\n", what, strerror(errno));
+    return kFailed;
+}
+
+// To be called behind what was printed.
+static int finish() { return fflush(stdout) == 0 && ferror(stdout) == 0 ? kDone : fail("standard output"); }
+
+// A key without a value is no more than that status: scripts ask for what may not be there.
 static int get(const StoreKey& key) {
     alignas(int32_t) char value[kMostText + 1];
+    if (storeLoad() == nullptr) return fail(storePath());
     if (cfgRead(key.section, key.name, value) != 0) return kFailed;
-    return printValue(key, value) >= 0 && fflush(stdout) == 0 ? kDone : kFailed;
+    printValue(key, value);
+    return finish();
 }
 
 // The name stands in a command line that a shell takes apart.
@@ -113,7 +130,12 @@ static int list() {
     for (int number = 0; number < kStoreKeyCount; number++) {
         printf("%s/%s\n", storeKey(number).section, storeKey(number).name);
     }
-    return fflush(stdout) == 0 ? kDone : kFailed;
+    return finish();
+}
+
+static int help() {
+    fputs(kHelp, stdout);
+    return finish();
 }
 
 static int usage() {
@@ -122,8 +144,9 @@ static int usage() {
 }
 
 int main(int count, char** words) {
+    signal(SIGXFSZ, SIG_IGN);  // a limit on files is a write that fails
     const char* verb = count > 1 ? words[1] : "";
-    if (count == 2 && strcmp(verb, "--help") == 0) return fputs(kHelp, stdout) < 0 ? kFailed : kDone;
+    if (count == 2 && strcmp(verb, "--help") == 0) return help();
     if (count == 2 && strcmp(verb, "list") == 0) return list();
     const bool isGet = count == 3 && strcmp(verb, "get") == 0;
     const bool isSet = (count == 3 || count == 4) && strcmp(verb, "set") == 0;

@@ -196,6 +196,22 @@ TEST_F(StoreTest, KeepsItsModeAndOwner) {
     }
 }
 
+// A store of somebody else's; its new file is then the writer's.
+TEST_F(StoreTest, IsWrittenWhereItCannotBeGivenAway) {
+    if (geteuid() != 0) GTEST_SKIP() << "only the superuser can make such a file";
+    int given = 0;
+    for (const char* missing : {"fchown", ""}) {
+        put(kOld);
+        ASSERT_EQ(chown(path().c_str(), 12, 34), 0);
+        CaughtFileCalls caught(
+            {.missing = missing, .before = [&](const std::string& name) { given += name == "fchown"; }});
+        EXPECT_EQ(writeText("INFO", "Product", "new"), 0);
+        EXPECT_EQ(bytes(), kNew);
+        EXPECT_EQ(fileStatus(path()).st_uid, *missing == '\0' ? 12U : 0U);
+    }
+    EXPECT_EQ(given, 1);
+}
+
 TEST_F(StoreTest, IsNotLedAstrayByWhatStandsInTheTemporaryFilesPlace) {
     put(kOld);
     writeFile(folder / "victim", "mine");

@@ -111,6 +111,23 @@ TEST(ZoneFiles, NeedNoHardLinks) {
     EXPECT_EQ(folder.names(), kBothNames);
 }
 
+TEST(ZoneFiles, AreReplacedWhereNoFileCanBeGivenAway) {
+    TemporaryFolder folder;
+    ASSERT_EQ(installTokyo(folder), 0);
+    int given = 0;
+    {
+        CaughtFileCalls caught({.missing = "fchownat"});
+        EXPECT_EQ(installParis(folder), 0);
+    }
+    {
+        CaughtFileCalls caught({.before = [&](const std::string& name) { given += name == "fchownat"; }});
+        EXPECT_EQ(installParis(folder), 0);
+    }
+    EXPECT_EQ(given, 1);
+    EXPECT_EQ(readFile(folder / "TZ"), kParisText);
+    EXPECT_EQ(folder.names(), kBothNames);
+}
+
 TEST(ZoneFiles, AreWrittenInPieces) {
     TemporaryFolder folder;
     CaughtFileCalls caught({.mostBytes = 7});
