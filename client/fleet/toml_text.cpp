@@ -92,22 +92,21 @@ static void takeTable(const toml::table& table, TomlValue& value) {
 }
 
 static TomlValue valueOf(const toml::node& node) {
-    using Kind = TomlValue::Kind;
-    TomlValue value{Kind::Other, "", placeOf(node.source()), {}, {}};
+    TomlValue value{TomlValue::Kind::Other, "", placeOf(node.source()), {}, {}};
     if (const auto* text = node.as_string()) {
-        value.kind = Kind::Text;
+        value.kind = TomlValue::Kind::Text;
         value.text = text->get();
     } else if (const auto* number = node.as_integer()) {
-        value.kind = Kind::Number;
+        value.kind = TomlValue::Kind::Number;
         value.text = std::to_string(number->get());
     } else if (const auto* boolean = node.as_boolean()) {
-        value.kind = Kind::Switch;
+        value.kind = TomlValue::Kind::Switch;
         value.text = boolean->get() ? "on" : "off";
     } else if (const auto* table = node.as_table()) {
-        value.kind = Kind::Table;
+        value.kind = TomlValue::Kind::Table;
         takeTable(*table, value);
     } else if (const auto* list = node.as_array()) {
-        value.kind = Kind::List;
+        value.kind = TomlValue::Kind::List;
         for (const toml::node& item : *list) value.items.push_back(valueOf(item));
     }
     return value;

@@ -34,6 +34,9 @@ TEST(RunProgram, GivesOutputAndStatus) {
     } rows[] = {
         {"printf abc", 0, "abc"},
         {"printf abc; exit 3", 3, "abc"},
+        {"exit 126", 126, ""},
+        {"exit 127", kStatusUnknown, ""},  // as of a program that cannot be started
+        {"exit 128", 128, ""},
         {"printf a; printf b >&2; printf c", 0, "ac"},
         {"true", 0, ""},
         {"cat", 0, ""},
