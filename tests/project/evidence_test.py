@@ -17,18 +17,19 @@ def rows(page, heading):
     return [tuple(cell.strip() for cell in line.strip("|").split("|")[:2]) for line in part.splitlines()[2:]]
 
 
-def tests_of(pattern):
-    found = subprocess.run(["ctest", "--test-dir", BUILD, "-N", "-R", pattern], capture_output=True, text=True, check=True)
-    return int(re.search(r"Total Tests: (\d+)", found.stdout)[1])
+def names_of_tests():
+    listed = subprocess.run(["ctest", "--test-dir", BUILD, "-N"], capture_output=True, text=True, check=True).stdout
+    return re.findall(r"Test +#\d+: (.*)", listed)
 
 
-def faults_of(command):
-    words = command.split()
-    words = [word for word in words if "=" not in word]
+def faults_of(command, names):
+    words = [word for word in command.split() if "=" not in word]
     if not (TREE / words[0]).is_file():
         yield f"{command}: there is no {words[0]}"
-    elif "-R" in words and (HAS_ALL or "--all" not in words) and tests_of(words[words.index("-R") + 1]) == 0:
-        yield f"{command}: there is no such test"
+    elif "-R" in words and (HAS_ALL or "--all" not in words):
+        pattern = words[words.index("-R") + 1]
+        if not any(re.search(pattern, name) for name in names):
+            yield f"{command}: there is no such test"
 
 
 claimed, shown = rows("CONTRIBUTING.md", "Claim"), rows("docs/evidence.md", "Claim")
@@ -36,7 +37,8 @@ faults = [f"not in both documents, with one command: {claim}" for claim, _ in se
 commands = [command for _, cell in shown for command in re.findall(r"`([^`]+)`", cell)]
 if len(commands) < 10:
     faults.append(f"only {len(commands)} commands")
+names = names_of_tests()
 for command in commands:
-    faults += faults_of(command)
+    faults += faults_of(command, names)
 print("\n".join(faults))
 sys.exit(bool(faults))
