@@ -11,7 +11,8 @@ CONSTANT = re.compile(r"(?<![\w.'])(0x[0-9A-Fa-f]+|[1-9]\d*|0)(?=u?(?![\w.']))")
 CALL = re.compile(r"^[ \t]+(?!return\b|static_assert\b|delete\b)[\w:]+(?:(?:\.|->|::)\w+)*\([^;{}]*\);$", re.M)
 RETURN = re.compile(r"\breturn (-?\d+|true|false|nullptr);")
 RETURNED = {"0": "-1", "true": "false", "false": "true"}
-NO_MUTANTS = re.compile(r"static_assert\([^;]*;")
+# Nor what the compiler reads past: the size of an array that is a parameter.
+NO_MUTANTS = re.compile(r"static_assert\([^;]*;|^\w[^;{}]*\w\[\d+\][^;{}]*\)", re.M)
 
 
 @dataclass(frozen=True)
