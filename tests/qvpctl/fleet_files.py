@@ -121,7 +121,8 @@ def tools_watched():
                     names = [file.read_text() for file in process.glob("task/*/comm")]
                 except OSError:  # it has ended
                     continue
-                seen.setdefault(" ".join(words[1:2]), set()).update(words[2:], names)
+                if len(words) > 1:  # none in a process that is about to end
+                    seen.setdefault(words[1], set()).update(words[2:], names)
 
     thread = threading.Thread(target=look)
     thread.start()

@@ -12,7 +12,7 @@ import uuid
 
 import pytest
 from running import (CAMERA, DAEMON, DISCOVER, LAUNCHER, PATIENCE, TREE, USERS, in_lan, interfaces, launch,
-                     processes_with, replies, start, text, wait_until, wait_until_gone)
+                     processes_with, replies, started, text, wait_until, wait_until_gone)
 
 
 # --- The command line -------------------------------------------------------------------------------------------------
@@ -170,9 +170,10 @@ def test_what_is_kept(tmp_path):
 def test_what_is_kept_when_the_launcher_is_killed(tmp_path, number):
     mark = uuid.uuid4().hex
     command = ["run", *DAEMON, "--keep", str(tmp_path), "--env", f"MARK={mark}", "--", "sh", "-c"]
-    with start(*command, "readlink $QVP_LAN/1/root; exec sleep 1000", stdout=subprocess.PIPE) as launcher:
+    with started(*command, "readlink $QVP_LAN/1/root; exec sleep 1000", stdout=subprocess.PIPE) as launcher:
         assert launcher.stdout.readline() != b""
         launcher.send_signal(number)
+        launcher.wait(PATIENCE)
     wait_until_gone(mark)
     # Nobody can tidy up behind a SIGKILL, but the link leads nowhere.
     links = [path.readlink() for path in tmp_path.rglob("*") if path.is_symlink()]
@@ -184,12 +185,11 @@ def test_what_is_kept_when_the_launcher_is_killed(tmp_path, number):
 
 def test_the_services_end_with_the_lan():
     mark = uuid.uuid4().hex
-    with start("run", "-n", "0", "--", "sh", "-c", "echo up; exec sleep 1000", stdout=subprocess.PIPE,
-               env={**os.environ, "MARK": mark}) as launcher:
+    with started("run", "-n", "0", "--", "sh", "-c", "echo up; exec sleep 1000", stdout=subprocess.PIPE,
+                 env={**os.environ, "MARK": mark}) as launcher:
         assert launcher.stdout.readline() == b"up\n"
         wait_until(lambda: {b"dnsmasq", b"time"} <= {name for line in processes_with(mark)
                                                      for name in re.findall(rb"(dnsmasq|time)(?:_server| --)", line)})
-        launcher.kill()
     wait_until_gone(mark)
 
 
@@ -254,13 +254,12 @@ def test_the_machine_stays_as_it_is(user):
                                           (signal.SIGKILL, "starting"), (signal.SIGTERM, "starting")])
 def test_a_signal_to_the_launcher_ends_everything(number, when, user):
     mark = uuid.uuid4().hex
-    launcher = start("run", *DAEMON, "-n", "2", "--env", f"MARK={mark}", "--", "env", f"MARK={mark}", "sh", "-c",
-                     "trap '' PIPE; echo up; exec sleep 1000", stdout=subprocess.PIPE, user=user)
-    with launcher:
+    with started("run", *DAEMON, "-n", "2", "--env", f"MARK={mark}", "--", "env", f"MARK={mark}", "sh", "-c",
+                 "trap '' PIPE; echo up; exec sleep 1000", stdout=subprocess.PIPE, user=user) as launcher:
         if when == "up":
             assert launcher.stdout.readline() == b"up\n"
             # Two cameras, each with its init, init's watcher and the daemon, and the command.
-            assert len(processes_with(mark)) >= 7
+            wait_until(lambda: len(processes_with(mark)) >= 7)
         else:
             while not processes_with(mark):
                 assert launcher.poll() is None

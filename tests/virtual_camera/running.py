@@ -1,4 +1,5 @@
 """Runs the virtual camera's launcher, and scripts on the LAN that it lays."""
+import contextlib
 import os
 import pathlib
 import re
@@ -31,8 +32,14 @@ store=$one/root/etc/qvp/camera.ini
 """
 
 
-def start(*arguments, user=(), **options):
-    return subprocess.Popen([*user, LAUNCHER, *arguments], **options)
+@contextlib.contextmanager
+def started(*arguments, user=(), **options):
+    """The process of the launcher, which is gone behind the block, however that ends."""
+    with subprocess.Popen([*user, LAUNCHER, *arguments], **options) as launcher:
+        try:
+            yield launcher
+        finally:
+            launcher.kill()
 
 
 def launch(*arguments, user=()):
@@ -56,6 +63,7 @@ def text(data, offset, width):
 
 
 def processes_with(mark):
+    """Their command lines; a process that is about to become another program shows no environment for a moment."""
     found = []
     for path in pathlib.Path("/proc").glob("[0-9]*/environ"):
         try:
