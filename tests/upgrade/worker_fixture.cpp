@@ -1,5 +1,6 @@
 #include "upgrade/worker_fixture.h"
 
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 
@@ -26,6 +27,9 @@ fake::Events effects() {
 }
 
 void Fresh::SetUp() {
+    for (const int number : {SIGINT, SIGQUIT}) {
+        std::signal(number, SIG_DFL);  // a shell ignores them for what it runs with '&'
+    }
     fake::reset();
     planNetwork({});
     resetThreads();
