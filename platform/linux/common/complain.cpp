@@ -22,9 +22,7 @@ void complain(const char* format, ...) {
     va_start(arguments, format);
     vsnprintf(text, sizeof text, format, arguments);
     va_end(arguments);
-    if (dropped != 0) {
-        dprintf(STDERR_FILENO, "qvp platform: complaints dropped because nobody took them: %u\n", dropped);
-        dropped = 0;
-    }
-    dprintf(STDERR_FILENO, "qvp platform: %s\n", text);
+    const char* const tally = "qvp platform: complaints dropped because nobody took them: %u\n";
+    if (dropped != 0 && dprintf(STDERR_FILENO, tally, dropped) > 0) dropped = 0;
+    if (dprintf(STDERR_FILENO, "qvp platform: %s\n", text) < 0) dropped++;
 }

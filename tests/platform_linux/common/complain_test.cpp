@@ -27,6 +27,9 @@ protected:
         fcntl(ends_[1], F_SETFL, 0);
     }
 
+    void writeTo(int descriptor) const { ASSERT_EQ(dup2(descriptor, STDERR_FILENO), STDERR_FILENO); }
+    int pipe() const { return ends_[1]; }
+
     std::string takeAll() const {
         fcntl(ends_[0], F_SETFL, O_NONBLOCK);
         std::string text;
@@ -57,4 +60,16 @@ TEST_F(ComplainTest, DropsWhatNobodyTakesAndSaysSoOnce) {
     EXPECT_EQ(
         takeAll(),
         "qvp platform: complaints dropped because nobody took them: 2\nqvp platform: three\nqvp platform: four\n");
+}
+
+TEST_F(ComplainTest, CountsWhatADiskHasNoRoomFor) {
+    const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
+    ASSERT_GE(full, 0);
+    writeTo(full);
+    complain("one");
+    complain("two");
+    writeTo(pipe());
+    complain("three");
+    close(full);
+    EXPECT_EQ(takeAll(), "qvp platform: complaints dropped because nobody took them: 2\nqvp platform: three\n");
 }
