@@ -222,7 +222,7 @@ SLOT_TEXTS = [(b"1", True), (b"1\n", True), (b"0\n", False), (b"2", False), (b"3
 @pytest.mark.parametrize("opcode, protocol", [(0x103, PRIMARY), (0xAB, PRIMARY), (0xAB, LANDAP)])
 def test_an_upgrade_blocks_reboot_and_reset_without_a_word(tool, lan, opcode, protocol):
     """Slot 4 of the system's integers says 1 while an upgrade goes on."""
-    camera = lan.camera("--reboot-delay", "3600")
+    camera = lan.camera("--reboot-delay", "3600", "--env", "QVP_STORE=", "--env", "QVP_SYSINFO=")  # empty is unset
     expected = [REBOOT] if opcode == 0x103 else ["/etc/init.d/userconfig reset", REBOOT]
     slot = camera.root / "run/qvp/sysinfo/4"
     for text, blocks in SLOT_TEXTS:

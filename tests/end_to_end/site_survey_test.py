@@ -51,8 +51,9 @@ def test_scan_and_fetch(tool, camera, protocol):
     assert camera.commands() == []
 
 
-def test_the_radio_is_asked_where_there_is_no_list(tool, lan):
-    camera = lan.camera("--wireless", "iw")
+@pytest.mark.parametrize("variable", [[], ["--env", "QVP_SITE_LIST="]], ids=["unset", "empty"])
+def test_the_radio_is_asked_where_there_is_no_list(tool, lan, variable):
+    camera = lan.camera("--wireless", "iw", *variable)
     scan(tool, camera)
     assert camera.commands() == ["/usr/sbin/iw dev wlan0 scan"]
     expect_list(tool, camera, [
