@@ -57,14 +57,14 @@ TEST(Interface, HasWhatTheKernelTells) {
 }
 
 TEST(Interface, LoopbackHasItsAddresses) {
-    Bytes4 address = {}, mask = {};
-    std::array<uint8_t, 6> mac = {9, 9, 9, 9, 9, 9};
+    std::array<uint8_t, 5> address = {9, 9, 9, 9, 9}, mask = address;  // with a byte that is not asked for
+    std::array<uint8_t, 7> mac = {9, 9, 9, 9, 9, 9, 9};
     EXPECT_EQ(net_get_ifaddr("lo", address.data()), 0);
-    EXPECT_EQ(address, (Bytes4{127, 0, 0, 1}));
+    EXPECT_EQ(address, (std::array<uint8_t, 5>{127, 0, 0, 1, 9}));
     EXPECT_EQ(net_get_netmask("lo", mask.data()), 0);
-    EXPECT_EQ(mask, (Bytes4{255, 0, 0, 0}));
+    EXPECT_EQ(mask, (std::array<uint8_t, 5>{255, 0, 0, 0, 9}));
     EXPECT_EQ(net_get_hwaddr("lo", mac.data()), 0);
-    EXPECT_EQ(mac, (std::array<uint8_t, 6>{}));
+    EXPECT_EQ(mac, (std::array<uint8_t, 7>{0, 0, 0, 0, 0, 0, 9}));
 }
 
 TEST(Interface, LeavesTheTargetAloneWhereThereIsNone) {
