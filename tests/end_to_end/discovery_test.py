@@ -227,6 +227,7 @@ def test_an_interface_that_goes_down_comes_back(tool, camera):
     camera.signal(14)  # SIGALRM: a report that cannot leave
     camera.wait_for_trace("[general_report]", 2)
     camera.run("sh", "-c", f"ip link set eth0 up && {route}")
+    camera.plug_in()
     expect_discovery(tool, camera)
     camera.run("ip", "address", "flush", "dev", "eth0")
     camera.signal(14)

@@ -11,6 +11,7 @@ from support.waiting import wait_until
 
 TREE = Path(__file__).resolve().parents[3]
 SCRIPT = TREE / "virtual-camera" / "camera"
+CABLE = TREE / "virtual-camera" / "lib" / "cable"
 SANITIZER_REPORT = re.compile(r"==\d+==|runtime error:|Sanitizer")
 TERMINATED = "Terminated"
 
@@ -144,6 +145,10 @@ class Camera:
         """Runs a command in the camera; its output."""
         return subprocess.run([SCRIPT, "exec", str(self.number), "--", *command], check=True, stdout=subprocess.PIPE,
                               text=True, **options).stdout
+
+    def plug_in(self):
+        """Until frames go through: the kernel tells the bridge in its own time of an interface that has come up."""
+        subprocess.run([CABLE, "plug-in", str(self.number)], check=True)
 
     def start_daemon(self, *arguments, prefix=(), **options):
         """A daemon of the test's own, beside or in place of the camera's; `prefix` is a command that runs it."""
