@@ -27,6 +27,9 @@ def report(daemon, count):
     """Has it send a presence report, and waits until it has tried."""
     daemon.signal(signal.SIGALRM)
     wait_until(lambda: daemon.trace().count("[general_report]") >= count, f"report {count}")
+    traced = daemon.trace().count("Ignore signal")
+    daemon.signal(signal.SIGQUIT)  # one signal after the other: this one waits for the report's end
+    wait_until(lambda: daemon.trace().count("Ignore signal") > traced, "the report's end")
 
 
 AS_ROOT = []
