@@ -3,7 +3,7 @@ import signal
 import time
 
 import pytest
-from support.clock import BERLIN, KATHMANDU, MARQUESAS, NOTICE, SYDNEY, UTC, apply, camera_clock, offset, seconds
+from support.clock import BERLIN, KATHMANDU, MARQUESAS, NOTICE, SYDNEY, UTC, apply, camera_clock, now, offset, seconds
 from support.requests import discovery, set_datetime
 from support.wire import FAMILIES, LANDAP, PRIMARY, le16, le32, protected, reply
 
@@ -17,7 +17,7 @@ BY_NTP = [NOTICE, "/etc/init.d/ntpc.sh stop", "/usr/sbin/msger sinfo 0 sntpstate
 def test_reading_the_clock(tool, camera, protocol):
     def read():
         asked = protected(0xAC, camera, protocol=protocol)
-        before = int(time.time())
+        before = now()
         data = tool.ask(camera, asked)
         assert before <= seconds(data[22:36]) <= time.time()
         return asked, data

@@ -2,6 +2,7 @@
 import time
 
 import pytest
+from support.clock import now
 from support.wire import BROADCAST_MAC, BY_MAC, EVERYONE, LANDAP, PRIMARY, ip, le16, reply, request
 
 OPCODE = 0x00A1
@@ -42,7 +43,7 @@ def clock(seconds):
 def discover(tool, camera, protocol=PRIMARY):
     """A reply and the request it answers; the clock in it is that of the moment."""
     asked = request(OPCODE, camera.mac, selector=BY_MAC, protocol=protocol)
-    before = int(time.time() - 0.02)  # the kernel's coarse clock lags behind
+    before = now()
     data = tool.ask(camera, asked)
     assert clock(before) <= data[315:329] <= clock(time.time())
     return asked, data

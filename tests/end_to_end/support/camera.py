@@ -163,6 +163,10 @@ class Camera:
         self.runs.append(Run(process, log))
         return self.runs[-1]
 
+    def wait_for_port(self):
+        """Until a daemon whose trace nobody sees takes requests; its pid file is there before its port."""
+        wait_until(lambda: ":F600 " in self.run("cat", "/proc/net/udp"), "the daemon's port")
+
     # The board's scripts.
 
     def board_log(self):
