@@ -86,7 +86,7 @@ def test_the_page_ends_with_its_camera():
 SERVED = """
         serves() { grep -q "^ *[0-9]*: [0-9A-F]*:$1 " /proc/net/udp; }
         until_true serves """
-DHCP, TIME = "0043\n", "007B\n"  # as the kernel shows the ports
+DHCP, TIME = "0043", "007B"  # as the kernel shows the ports
 
 
 def test_dhcp():
