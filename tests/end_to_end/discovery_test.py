@@ -2,6 +2,7 @@
 import time
 
 import pytest
+from support.clock import now
 from support.wire import BROADCAST_MAC, BY_MAC, EVERYONE, LANDAP, PRIMARY, ip, le16, reply, request
 
 OPCODE = 0x00A1
@@ -42,7 +43,7 @@ def clock(seconds):
 def discover(tool, camera, protocol=PRIMARY):
     """A reply and the request it answers; the clock in it is that of the moment."""
     asked = request(OPCODE, camera.mac, selector=BY_MAC, protocol=protocol)
-    before = int(time.time() - 0.02)  # the kernel's coarse clock lags behind
+    before = now()
     data = tool.ask(camera, asked)
     assert clock(before) <= data[315:329] <= clock(time.time())
     return asked, data
@@ -227,6 +228,7 @@ def test_an_interface_that_goes_down_comes_back(tool, camera):
     camera.signal(14)  # SIGALRM: a report that cannot leave
     camera.wait_for_trace("[general_report]", 2)
     camera.run("sh", "-c", f"ip link set eth0 up && {route}")
+    camera.plug_in()
     expect_discovery(tool, camera)
     camera.run("ip", "address", "flush", "dev", "eth0")
     camera.signal(14)

@@ -183,6 +183,7 @@ def test_a_fault(tool, camera, fault):
     fault.end(camera)
     if fault.name == "an interface that is down":
         camera.run("ip", "route", "replace", "198.18.0.0/15", "dev", "eth0")
+        camera.plug_in()
     if "store" not in fault.name and STORE not in fault.name:
         assert name_of(tool, camera) == (b"Meanwhile" if kept else b"Before")
     camera.forget_commands()

@@ -3,12 +3,9 @@ import signal
 import subprocess
 
 import pytest
-from support.camera import TREE
 from support.requests import discovery
 from support.waiting import wait_until
 from support.wire import EVERYONE, request
-
-CABLE = TREE / "virtual-camera" / "lib" / "cable"
 
 
 def take_interface_away(camera):
@@ -22,13 +19,17 @@ def bring_interface_back(camera, mac):
                     mac.hex(":"), "netns", init], check=True)
     camera.run("ip", "link", "set", "eth0", "up")
     camera.run("ip", "address", "add", f"{camera.address}/15", "dev", "eth0")
-    subprocess.run([CABLE, "plug-in", str(camera.number)], check=True)
+    camera.plug_in()
+    subprocess.run(["ip", "neigh", "flush", "to", camera.address], check=True)  # who had the address before
 
 
 def report(daemon, count):
     """Has it send a presence report, and waits until it has tried."""
     daemon.signal(signal.SIGALRM)
     wait_until(lambda: daemon.trace().count("[general_report]") >= count, f"report {count}")
+    traced = daemon.trace().count("Ignore signal")
+    daemon.signal(signal.SIGQUIT)  # one signal after the other: this one waits for the report's end
+    wait_until(lambda: daemon.trace().count("Ignore signal") > traced, "the report's end")
 
 
 AS_ROOT = []
@@ -69,4 +70,5 @@ def test_an_interface_with_another_name(tool, camera):
     camera.run("ip", "link", "set", "wan0", "down")
     camera.run("ip", "link", "set", "wan0", "name", "eth0")
     camera.run("ip", "link", "set", "eth0", "up")
+    camera.plug_in()
     tool.assert_in_step(camera)

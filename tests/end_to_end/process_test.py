@@ -128,7 +128,7 @@ def test_a_daemon_that_was_started_with_closed_descriptors(tool, empty_camera, c
     run = empty_camera.start_daemon("eth0", prefix=["sh", "-c", f'exec "$@" {closed}', "sh"])
     wait_until(lambda: empty_camera.pid_file().exists() and empty_camera.pid_file().read_bytes(), "the pid file")
     assert empty_camera.pid_file().read_bytes() == b"%d" % run.pid
-    wait_until(lambda: ":F600 " in empty_camera.run("cat", "/proc/net/udp"), "the daemon's port")
+    empty_camera.wait_for_port()
     before = empty_camera.store_file.read_bytes()
     tool.ask(empty_camera, basic_info(empty_camera, name=b"Closed", port=81))
     tool.assert_in_step(empty_camera)
@@ -141,7 +141,7 @@ def test_a_file_size_limit(tool, empty_camera):
     """A store that cannot be written is a failed request, not the end of the daemon."""
     before = empty_camera.store_file.read_bytes()
     run = empty_camera.start_daemon("eth0", prefix=["prlimit", "--fsize=1"], stderr=subprocess.DEVNULL)
-    wait_until(lambda: ":F600 " in empty_camera.run("cat", "/proc/net/udp"), "the daemon's port")
+    empty_camera.wait_for_port()
     tool.ask(empty_camera, basic_info(empty_camera, name=b"Too long"))
     tool.assert_in_step(empty_camera)
     assert empty_camera.store_file.read_bytes() == before

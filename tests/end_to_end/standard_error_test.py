@@ -31,7 +31,8 @@ def start(camera, make):
     os.close(writer)
     said = b""
     while b"general_report" not in said:
-        said += os.read(reader, 4096)
+        assert (more := os.read(reader, 4096)), said
+        said += more
     return run, reader
 
 

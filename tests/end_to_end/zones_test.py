@@ -3,7 +3,7 @@ import signal
 import time
 
 import pytest
-from support.clock import BERLIN, KATHMANDU, MARQUESAS, NOTICE, SYDNEY, UTC, apply, camera_clock, offset
+from support.clock import BERLIN, KATHMANDU, MARQUESAS, NOTICE, SYDNEY, UTC, apply, camera_clock, now, offset
 from support.requests import discovery
 from support.wire import FAMILIES, le16
 
@@ -17,7 +17,7 @@ def test_a_zone_holds_at_once_for_everybody(tool, camera, protocol):
     zones = [(MARQUESAS, "-0930", -34200), (KATHMANDU, "+0545", 20700), (UTC, "+0000", 0)]
     for zone, text, distance in zones:
         apply(tool, camera, zone=zone, protocol=protocol)
-        before = int(time.time())
+        before = now()
         found = camera_clock(tool, camera)
         assert before <= found - distance <= time.time()
         assert tool.ask(camera, discovery(camera))[331:333] == le16(zone)
@@ -31,7 +31,7 @@ def test_a_zone_counts_for_more_than_one_of_the_environment(tool, lan):
     run = camera.start_daemon("eth0", prefix=["env", "TZ=<+13>-13"]).wait_for_start()
     for zone, distance in [(MARQUESAS, -34200), (KATHMANDU, 20700), (MARQUESAS, -34200)]:
         apply(tool, camera, zone=zone)
-        before = int(time.time())
+        before = now()
         assert before <= camera_clock(tool, camera) - distance <= time.time()
     run.signal(signal.SIGTERM)
     assert run.exit_status() == 0

@@ -68,7 +68,7 @@ def run(program, operation, fault, options):
     only = ["--only", SHOWS_ON.get((operation, fault), operation)] if fault else []
     command = [program, *CHANGING, *COMMON, *only, *options]
     try:
-        done = subprocess.run(command, env=environment, text=True, check=False, timeout=60,
+        done = subprocess.run(command, env=environment, text=True, check=False, timeout=300,
                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)  # fmt: skip
     except subprocess.TimeoutExpired:
         return None, ["does not come to an end"]

@@ -28,7 +28,7 @@ from script_tree import SOURCE
 
 SHELL = "virtual-camera/virtual-camera shell"
 END = "--- end of example ---"
-PATIENCE = 120
+PATIENCE = 300
 
 LEFT_OUT = re.compile(r"^<!-- not executed: [^\n]+ -->\n+```\w+\n.*?^```$", re.M | re.S)
 FENCE = re.compile(r"^(?:<!-- (cameras(?: [^\n]*)?|shell|sources) -->\n+)?```console\n(.*?)^```$", re.M | re.S)

@@ -4,7 +4,7 @@ import subprocess
 from examples import sessions_of
 from script_tree import SOURCE
 
-PATIENCE = 120
+PATIENCE = 300
 
 
 def test_there_are_examples():

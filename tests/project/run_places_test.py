@@ -18,7 +18,7 @@ CONTAINER_WITHOUT_RUN = [*CONTAINER[:-2], CONTAINER[-2].replace("-t tmpfs", "-t 
 REFUSED = "this system does not let you make namespaces (unshare: "
 
 PROLOGUE = """
-until_true() { for _ in $(seq 800); do if "$@" 2>/dev/null; then return; fi; sleep 0.05; done; echo "never: $*"; exit 99; }
+until_true() { for _ in $(seq 2400); do if "$@" 2>/dev/null; then return; fi; sleep 0.05; done; echo "never: $*"; exit 99; }
 """
 
 

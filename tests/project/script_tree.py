@@ -6,7 +6,7 @@ import subprocess
 
 SOURCE = pathlib.Path(__file__).parents[2]
 BUILT = pathlib.Path(os.environ.get("QVP_BUILD") or SOURCE / "build/release")
-PATIENCE = 50
+PATIENCE = 200
 NINJA = "".join(f"echo '[{step}/8] Building CXX object {step}.o'\n" for step in range(1, 9))
 
 

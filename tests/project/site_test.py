@@ -8,7 +8,7 @@ import urllib.parse
 import pytest
 from script_tree import SOURCE
 
-PATIENCE = 120
+PATIENCE = 300
 LOADED = {("img", "src"), ("script", "src"), ("link", "href"), ("iframe", "src"), ("source", "src"), ("source", "srcset"),
           ("img", "srcset"), ("object", "data"), ("embed", "src"), ("video", "src"), ("audio", "src"), ("form", "action")}
 NAMES_ONLY = {"canonical", "next", "prev"}  # of <link>: loads nothing

@@ -4,7 +4,7 @@ import subprocess
 
 from script_tree import BUILT, SOURCE
 
-PATIENCE = 120
+PATIENCE = 300
 MADE = ("docs/protocol.md", "docs/qvpctl.1", "docs/man/qvpctl-get.1", "docs/man/qvp-platform.3", "docs/reference/settings.md",
         "docs/reference/store-keys.md", "docs/reference/time-zones.md", "docs/reference/exit-status-and-json.md")
 

@@ -11,7 +11,7 @@ def names(output):
 def test_another_subnet():
     """Requests reach it, and its answers are lost at a gateway that is not there."""
     output = in_lan(f"""
-        camera exec 1 -- ip -4 -brief address show eth0; camera exec 1 -- ip route show default; {DISCOVER} 2 2
+        camera exec 1 -- ip -4 -brief address show eth0; camera exec 1 -- ip route show default; {DISCOVER} 2 2 1
         sed -i 's/^IP=.*/IP=198.18.9.9/; s/^SubnetMask=.*/SubnetMask=255.254.0.0/' $store
         camera exec 1 -- /etc/init.d/ipv4 restart; {DISCOVER} 2
         """, "-n", "2", "--camera", "1", "--born", "other-subnet")
@@ -45,7 +45,7 @@ def test_what_is_set_comes_last():
 
 
 def test_mute():
-    output = in_lan(f"{DISCOVER} 2 2; echo; camera unmute 1; {DISCOVER} 2; echo; camera mute 2; {DISCOVER} 2 2",
+    output = in_lan(f"{DISCOVER} 2 2 1; echo; camera unmute 1; {DISCOVER} 2; echo; camera mute 2; {DISCOVER} 2 2 1",
                     "-n", "2", "--camera", "1", "--born", "mute")
     mute, heard, other_mute = output.split("\n\n")
     assert [names(part) for part in (mute, heard, other_mute)] == [
@@ -53,7 +53,7 @@ def test_mute():
 
 
 def test_mute_for_a_time():
-    assert len(names(in_lan(f"{DISCOVER} 2 2", "-n", "2", "--camera", "2", "--born", "mute:100000"))) == 1
+    assert len(names(in_lan(f"{DISCOVER} 2 2 1", "-n", "2", "--camera", "2", "--born", "mute:100000"))) == 1
     assert len(names(in_lan(f"{DISCOVER} 2", "-n", "2", "--camera", "2", "--born", "mute:1"))) == 2
 
 

@@ -51,13 +51,15 @@ def test_factory_reset_and_reboot():
         sed -i 's/^CameraName=.*/CameraName=Changed/' $store
         echo 1 >$one/root/run/qvp/sysinfo/4
         camera exec 1 -- /etc/init.d/userconfig reset
-        camera exec 1 -- /var/reboot -d 1000 & camera exec 1 -- /var/reboot -d 1000; wait
+        {CAMERA} exec 1 -- /var/reboot -d 0 & {CAMERA} exec 1 -- /var/reboot -d 0 &
+        wait -n  # for the one that finds the other waiting
+        until_true pkill -fx 'sleep 1000'; wait
         rebooted() {{ test "$(cat $one/pid)" != $before && test -s $one/root/run/qvp-eth0.pid; }}
         until_true rebooted
         {DISCOVER} 1
         test ! -e $one/root/run/qvp/sysinfo/4
         grep -c 'Client Start' $one/qvp.log; grep -c 'Client Stop' $one/qvp.log
-        """, "--reboot-delay", "0.2")
+        """, "--reboot-delay", "1000")
     assert [text(data, 226, 64) for data in replies(output).values()] == ["Camera 1"]
     assert output.splitlines()[-2:] == ["2", "1"]
 

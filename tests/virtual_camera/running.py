@@ -16,7 +16,7 @@ CAMERA = shlex.quote(str(TREE / "virtual-camera/camera"))
 DISCOVER = shlex.join([sys.executable, str(TREE / "tests/virtual_camera/broadcast_discovery.py")])
 PAGE = shlex.join([sys.executable, str(TREE / "tests/virtual_camera/web_page.py")])
 DAEMON = ["--daemon", os.environ["QVP_DAEMON"]] if "QVP_DAEMON" in os.environ else []
-PATIENCE = 60
+PATIENCE = 120
 
 AS_NOBODY = ["setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"]
 USERS = [pytest.param([], id="caller"),
@@ -26,7 +26,7 @@ USERS = [pytest.param([], id="caller"),
 PROLOGUE = f"""
 set -eu
 camera() {{ {CAMERA} "$@"; }}
-until_true() {{ for _ in $(seq 500); do if "$@" 2>/dev/null; then return; fi; sleep 0.02; done; echo "never: $*" >&2; exit 99; }}
+until_true() {{ for _ in $(seq 3000); do if "$@" 2>/dev/null; then return; fi; sleep 0.02; done; echo "never: $*" >&2; exit 99; }}
 one=$QVP_LAN/1
 store=$one/root/etc/qvp/camera.ini
 """

@@ -82,8 +82,16 @@ def test_the_page_ends_with_its_camera():
 
 # --- Addresses and names ----------------------------------------------------------------------------------------------
 
+# Until a service of the LAN, which start beside its cameras, has its port.
+SERVED = """
+        serves() { grep -q "^ *[0-9]*: [0-9A-F]*:$1 " /proc/net/udp; }
+        until_true serves """
+DHCP, TIME = "0043", "007B"  # as the kernel shows the ports
+
+
 def test_dhcp():
     address, route, servers, name = in_lan(f"""
+        {SERVED}{DHCP}
         {SET} 's/^BootProto=.*/BootProto=1/' $store; camera exec 1 -- /etc/init.d/ipv4 restart
         camera exec 1 -- ip -4 -brief address show eth0 | cat
         camera exec 1 -- ip route show default
@@ -189,6 +197,8 @@ def test_a_camera_without_busybox_comes_up():
 def test_services_that_cannot_be():
     """The LAN's log tells of each."""
     output = in_lan(f"""
+        {SERVED}{DHCP}
+        until_true serves {TIME}
         mount -t tmpfs nothing "$(dirname "$(PATH=$PATH:/usr/sbin type -P dnsmasq)")"
         {TREE}/virtual-camera/lib/services $QVP_LAN/1; cat $QVP_LAN/1/services.log
         """)

@@ -8,7 +8,7 @@ import time
 import urllib.error
 import urllib.request
 
-PATIENCE = 20
+PATIENCE = 60
 
 
 def main(url, *login):

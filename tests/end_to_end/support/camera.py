@@ -11,6 +11,7 @@ from support.waiting import wait_until
 
 TREE = Path(__file__).resolve().parents[3]
 SCRIPT = TREE / "virtual-camera" / "camera"
+CABLE = TREE / "virtual-camera" / "lib" / "cable"
 SANITIZER_REPORT = re.compile(r"==\d+==|runtime error:|Sanitizer")
 TERMINATED = "Terminated"
 
@@ -145,6 +146,10 @@ class Camera:
         return subprocess.run([SCRIPT, "exec", str(self.number), "--", *command], check=True, stdout=subprocess.PIPE,
                               text=True, **options).stdout
 
+    def plug_in(self):
+        """Until frames go through: the kernel tells the bridge in its own time of an interface that has come up."""
+        subprocess.run([CABLE, "plug-in", str(self.number)], check=True)
+
     def start_daemon(self, *arguments, prefix=(), **options):
         """A daemon of the test's own, beside or in place of the camera's; `prefix` is a command that runs it."""
         log = None
@@ -157,6 +162,10 @@ class Camera:
             os.close(file)
         self.runs.append(Run(process, log))
         return self.runs[-1]
+
+    def wait_for_port(self):
+        """Until a daemon whose trace nobody sees takes requests; its pid file is there before its port."""
+        wait_until(lambda: ":F600 " in self.run("cat", "/proc/net/udp"), "the daemon's port")
 
     # The board's scripts.
 

@@ -64,6 +64,7 @@ class Listener:
     def __init__(self):
         self.socket = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
         self.socket.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
+        self.socket.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, 1 << 20)
         self.socket.bind(("", PORT))
         self.socket.settimeout(PATIENCE)
         self.passed_over = []
@@ -71,10 +72,11 @@ class Listener:
     def close(self):
         self.socket.close()
 
-    def report(self, camera=None):
-        """The next report, of `camera` if one is given; all else on this port are requests of tools."""
+    def report(self, *cameras):
+        """The next report, of one of `cameras` if any are given; all else on this port are requests of tools."""
+        wanted = {camera.mac for camera in cameras}
         for data in self.passed_over:
-            if camera is None or data[6:12] == camera.mac:
+            if not wanted or data[6:12] in wanted:
                 self.passed_over.remove(data)
                 return data
         while True:
@@ -82,6 +84,6 @@ class Listener:
             if data[:2] != b"\xff\xff":
                 continue
             assert sender[1] == PORT
-            if camera is None or data[6:12] == camera.mac:
+            if not wanted or data[6:12] in wanted:
                 return data
             self.passed_over.append(data)
