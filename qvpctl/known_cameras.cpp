@@ -1,14 +1,15 @@
 #include "qvpctl/known_cameras.h"
 
-#include <unistd.h>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <set>
 #include <system_error>
 
+#include "client/error.h"
 #include "client/text.h"
 #include "qvpctl/terminal_text.h"
+#include "qvpctl/whole_file.h"
 
 namespace fs = std::filesystem;
 
@@ -22,26 +23,27 @@ static fs::path cacheFile() {
 
 static bool canBeTyped(const std::string& name) { return !name.empty() && printable(name) == name; }
 
-static void write(std::ofstream file, const std::vector<client::Found>& cameras) {
+static std::string linesOf(const std::vector<client::Found>& cameras) {
+    std::string lines;
     std::set<std::string> names;  // of two cameras of one name, or heard twice, one line
     for (const client::Found& one : cameras) {
         for (const std::string& name : {one.camera.name, client::macText(one.camera.mac)}) {
-            if (canBeTyped(name) && names.insert(name).second) file << name << '\n';
+            if (canBeTyped(name) && names.insert(name).second) lines += name + '\n';
         }
     }
+    return lines;
 }
 
-// Another discovery may write at the same time: each has a file of its own until it is whole.
 void rememberCameras(const std::vector<client::Found>& cameras) {
     const fs::path file = cacheFile();
     if (file.empty()) return;
     std::error_code ignored;
     fs::create_directories(file.parent_path(), ignored);
-    const fs::path whole = file.string() + "." + std::to_string(getpid());
-    write(std::ofstream(whole), cameras);
-    std::error_code failure;
-    fs::rename(whole, file, failure);
-    if (failure) fs::remove(whole, ignored);
+    try {
+        writeWhole(file, linesOf(cameras));
+    } catch (const client::Error&) {
+        return;  // completion knows fewer names
+    }
 }
 
 std::vector<std::string> knownCameras() {

@@ -1,10 +1,9 @@
 // qvpctl export: the cameras of the network as a file that can be edited and applied.
 #include <algorithm>
-#include <cerrno>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <memory>
+#include <sstream>
 
 #include "client/text.h"
 #include "qvpctl/commands.h"
@@ -15,6 +14,7 @@
 #include "qvpctl/stop_signal.h"
 #include "qvpctl/terminal_text.h"
 #include "qvpctl/tool.h"
+#include "qvpctl/whole_file.h"
 
 namespace fs = std::filesystem;
 using client::Error;
@@ -43,27 +43,17 @@ static std::vector<Exported> readAll(const ExportOptions& options, const CommonO
     return cameras;
 }
 
-// The file appears when it is whole.
-static void write(const std::string& path, const std::vector<Exported>& cameras) {
-    const std::string whole = path + ".new";
-    errno = 0;
-    std::ofstream file(whole, std::ios::binary | std::ios::trunc);
-    if (!file) throw client::localError("cannot write " + printable(whole), errno != 0 ? errno : EIO);
-    writeExport(file, cameras);
-    file.close();
-    std::error_code failure;
-    fs::rename(whole, path, failure);
-    if (failure) throw client::localError("cannot write " + printable(path), failure.value());
-}
-
 static int exportCameras(const ExportOptions& options, const CommonOptions& common) {
     const std::string& path = options.fleet.file;
     if (fs::exists(path) && !options.replace) {
         throw Error(ErrorKind::Local, printable(path) + " is there already; --replace takes its place");
     }
+    refuseOtherThanFiles(path);
     const StopSignal stop;
     const std::vector<Exported> cameras = readAll(options, common, stop.descriptor());
-    write(path, cameras);
+    std::ostringstream text;
+    writeExport(text, cameras);
+    writeWhole(path, text.str());
     ExitCode worst = kSuccess;
     for (const Exported& one : cameras) {
         if (!one.error) continue;

@@ -1,14 +1,13 @@
 #include "qvpctl/fleet/saved_plan.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <filesystem>
-#include <fstream>
 
 #include "client/text.h"
 #include "qvpctl/fleet/journal.h"
 #include "qvpctl/fleet/plan_records.h"
 #include "qvpctl/terminal_text.h"
+#include "qvpctl/whole_file.h"
 
 namespace fs = std::filesystem;
 using client::Error;
@@ -38,11 +37,7 @@ void SavedPlan::save(const std::string& path, const std::string& file, const std
         {"wanted",  wanted                     },
         {"cameras", cameras                    }
     });
-    errno = 0;
-    std::ofstream output(path, std::ios::binary | std::ios::trunc);
-    output << text;
-    output.close();
-    if (!output) throw client::localError("cannot write " + printable(path), errno != 0 ? errno : EIO);
+    writeWhole(path, text);
 }
 
 std::optional<SavedPlan> SavedPlan::load(const std::string& path) {

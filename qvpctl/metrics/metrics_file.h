@@ -26,8 +26,6 @@ public:
     void keepUp(Time now);
 
 private:
-    void write() const;
-
     std::string path_;
     CameraMetrics metrics_;
     Time tried_;

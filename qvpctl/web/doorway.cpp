@@ -1,6 +1,5 @@
 #include "qvpctl/web/doorway.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -9,6 +8,7 @@
 #include <system_error>
 
 #include "client/error.h"
+#include "qvpctl/whole_file.h"
 
 namespace fs = std::filesystem;
 
@@ -28,21 +28,17 @@ static std::string textFor(const std::string& address) {
            "\">To the cameras</a></p></body></html>\n";
 }
 
-static bool writeNew(const std::string& file, const std::string& text) {
-    const int descriptor = open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    if (descriptor < 0) return false;
-    const bool isWritten = write(descriptor, text.data(), text.size()) == static_cast<ssize_t>(text.size());
-    return close(descriptor) == 0 && isWritten;
-}
-
 std::string makeDoorway(const std::string& address) {
     std::string folder = placeOfThisUser() / "qvpctl-web-XXXXXX";
     if (mkdtemp(folder.data()) == nullptr) throw client::localError("cannot make " + folder, errno);
     std::string file = folder + "/cameras.html";
-    if (writeNew(file, textFor(address))) return file;
-    const int error = errno;
-    removeDoorway(file);
-    throw client::localError("cannot write " + file, error);
+    try {
+        writeWhole(file, textFor(address), 0600);
+    } catch (const client::Error&) {
+        removeDoorway(file);
+        throw;
+    }
+    return file;
 }
 
 void removeDoorway(const std::string& file) {

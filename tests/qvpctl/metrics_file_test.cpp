@@ -129,7 +129,7 @@ TEST_F(MetricsFileTest, ThatItCannotBeWrittenIsSaidOnceUntilItCan) {
         fs::remove(path_);
         fs::create_directory(path_);
         hear();
-        EXPECT_EQ(keepUp(now + 1s), "qvpctl: cannot write " + path_ + ": Is a directory\n");
+        EXPECT_EQ(keepUp(now + 1s), "qvpctl: cannot write " + path_ + ": it is no regular file\n");
         EXPECT_THAT(folder_.names(), ElementsAre("qvp.prom"));
         EXPECT_EQ(file_->due(), now + 2s);
         EXPECT_EQ(keepUp(now + 2s), "");

@@ -4,7 +4,10 @@ pytest itself runs inside the virtual LAN:
   virtual-camera/virtual-camera run -n 0 -- /usr/bin/python3 -m pytest tests/qvpctl/plan_test.py
 """
 import csv
+import os
+import subprocess
 from concurrent.futures import ThreadPoolExecutor
+from contextlib import suppress
 
 import pytest
 from cameras import JSON, MARK, PLAIN, columns, living, mac
@@ -148,6 +151,43 @@ def test_export_is_a_file_without_changes(lan, tmp_path):
     assert f"{mac(named)}: only what it tells everybody is in the file" in refused.err
     rows = {row["mac"]: row for row in csv.DictReader(site.read_text().splitlines())}
     assert (rows[mac(named)]["http-port"], rows[mac(named)]["wifi.ssid"]) == ("80", "")
+
+
+def test_a_full_disk_leaves_what_was_there(lan, tmp_path):
+    camera = living(lan.camera())
+    site = write(tmp_path, "mac,name", (camera, "Hall"))
+    disk = tmp_path / "disk"
+    disk.mkdir()
+    subprocess.run(["mount", "-t", "tmpfs", "-o", "size=16k", "disk", disk], check=True)
+    try:
+        run(PLAIN, "plan", site, "-o", str(disk / "plan"))
+        run(PLAIN, "export", str(disk / "site.csv"))
+        (disk / "site.csv").chmod(0o640)
+        subprocess.run(["ln", "-s", "site.csv", disk / "link"], check=True)
+        before = {file.name: file.read_bytes() for file in disk.iterdir()}
+        with suppress(OSError), open(disk / "rest", "wb", buffering=0) as rest:
+            while rest.write(bytes(1024)):
+                pass
+        for command in (["plan", site, "-o", str(disk / "plan")], ["export", str(disk / "site.csv"), "--replace"]):
+            assert "No space left on device" in run(PLAIN, *command, status=3).err
+        (disk / "rest").unlink()
+        assert {file.name: file.read_bytes() for file in disk.iterdir()} == before
+
+        camera.change_store("CAMSYSTEM", "CameraName", b"Elsewhere")
+        run(PLAIN, "export", str(disk / "link"), "--replace")
+        assert (disk / "link").is_symlink()
+        assert "Elsewhere" in (disk / "site.csv").read_text()
+        assert (disk / "site.csv").stat().st_mode & 0o777 == 0o640
+    finally:
+        subprocess.run(["umount", disk], check=True)
+
+
+def test_only_a_file_is_replaced(lan, tmp_path):
+    site = write(tmp_path, "mac,name", (living(lan.camera()), "Hall"))
+    os.mkfifo(tmp_path / "pipe")
+    for command in (["plan", site, "-o", str(tmp_path / "pipe")], ["export", str(tmp_path / "pipe"), "--replace"]):
+        assert f"cannot write {tmp_path / 'pipe'}: it is no regular file" in run(PLAIN, *command, status=3).err
+    assert (tmp_path / "pipe").is_fifo()
 
 
 def test_cameras_of_one_address_are_told_apart(lan, tmp_path):
