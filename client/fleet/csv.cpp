@@ -68,10 +68,11 @@ private:
     }
 
     void readRow() {
-        CsvRow row;
-        do {
+        CsvRow row{readCell(1)};
+        while (isAt(separator_)) {
+            at_++;
             row.push_back(readCell(row.size() + 1));
-        } while (isAt(separator_) && ++at_ > 0);
+        }
         endLine();
         const bool isEmpty = std::ranges::all_of(row, [](const CsvCell& cell) { return cell.text.empty(); });
         if (!isEmpty) csv_.rows.push_back(std::move(row));

@@ -82,9 +82,9 @@ static bool isRead(Group group, const CameraState& state) {
             return state.wifi.has_value();
         case Group::Password:
         case Group::Basic:
-            return true;
+            break;
     }
-    return false;
+    return true;
 }
 
 static bool isChanged(Group group, const CameraState& state, const CameraState& wanted) {

@@ -44,7 +44,8 @@ static void closeDescriptors() {
 
 // The runner is a process of its own because system() has its caller ignore SIGINT while the command runs: a stop sent
 // then would be lost. Here only the runner ignores it. It outlives a signal sent to all processes of the daemon's name.
-[[noreturn]] static void runCommand(const char* command) { _exit(system(command) == 0 ? 0 : 1); }
+// Nobody asks how it ended.
+[[noreturn]] static void runCommand(const char* command) { _exit(system(command)); }
 
 // Not system(): the child of a thread among others may do before its exec what a signal handler may, and no more.
 [[noreturn]] static void becomeCommand(const char* command) {

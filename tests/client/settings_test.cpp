@@ -261,6 +261,7 @@ static const BadValue kBad[] = {
     {{{"time.now", "2026-01-31T10:20:60"}}, "is no time of the calendar"},
     {{{"time.now", "2026-01-31T00:20:30"}}, "the nearest is 2026-01-30T23:59:59"},
     {{{"time.now", "2026-01-31T10:00:30"}}, "the nearest is 2026-01-31T09:59:59"},
+    {{{"time.now", "2026-01-31T10:00:45"}}, "the nearest is 2026-01-31T10:01:01"},
     {{{"time.now", "2026-01-31T10:20:00"}}, "the nearest is 2026-01-31T10:19:59"},
     {{{"time.now", "2026-01-31T00:00:00"}}, "the nearest is 2026-01-30T23:59:59"},
     {{{"password", std::string(49, 'p')}}, "at most 48 fit"},
