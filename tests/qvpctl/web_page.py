@@ -10,6 +10,7 @@ import subprocess
 import tempfile
 
 from cameras import TOOL, mac
+from fleet_files import PATIENCE as ASKED_OFTEN
 from support.waiting import PATIENCE, wait_until
 
 HEADERS = {
@@ -90,11 +91,11 @@ class Stream:
 class Page:
     """A server of its own, and a browser that it knows."""
 
-    def __init__(self, *options, password=None, look=("--print",), **environment):
+    def __init__(self, *options, password=None, look=("--print",), patience=ASKED_OFTEN, **environment):
         given = {**os.environ, "QVPCTL_PASSWORD": password, **environment}
         variables = {name: value for name, value in given.items() if value is not None}
         self.log = tempfile.TemporaryFile()
-        self.process = subprocess.Popen([TOOL, "web", *look, "--wait", "0.5", *options], stdin=subprocess.DEVNULL,
+        self.process = subprocess.Popen([TOOL, "web", *look, *patience, *options], stdin=subprocess.DEVNULL,
                                         stdout=subprocess.PIPE, stderr=self.log, env=variables, text=True, start_new_session=True)
         self.url = self.process.stdout.readline().strip()
         match = re.fullmatch(r"http://127\.0\.0\.1:(\d+)/\?token=([0-9a-f]{32,})", self.url)
