@@ -8,11 +8,13 @@ import signal
 import socket
 import subprocess
 import tempfile
+import time
 
 from cameras import TOOL, mac
 from fleet_files import PATIENCE as ASKED_OFTEN
 from support.waiting import PATIENCE, wait_until
 
+LONGEST = 5 * PATIENCE  # that a test waits for events
 HEADERS = {
     "Content-Security-Policy": "default-src 'self'; frame-ancestors 'none'; base-uri 'none'; form-action 'self'",
     "X-Content-Type-Options": "nosniff", "Referrer-Policy": "no-referrer", "Cache-Control": "no-store",
@@ -49,8 +51,10 @@ class Stream:
         self.response = self.connection.getresponse()
         self.status = self.response.status
         self.comments, self.last, self.seen = 0, None, []
+        self.end = time.monotonic() + LONGEST
 
     def line(self):
+        assert time.monotonic() < self.end, self.seen[-20:]  # heartbeats would keep whoever waits in vain
         line = self.response.readline().decode("ascii")
         assert line, "the stream has ended"
         return line.removesuffix("\n")
