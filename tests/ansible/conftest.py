@@ -48,14 +48,14 @@ class Ansible:
 
     def run(self, *command, status=0, **options):
         process = self.start(*command, **options)
-        output = process.communicate(timeout=280)[0]
+        output = process.communicate(timeout=600)[0]
         assert process.returncode == status, f"status {process.returncode}\n{output}"
         return output
 
     def inventory(self, file):
         """What the plugin makes of the file, and what was said beside it."""
         process = self.start("ansible-inventory", "-i", file, "--list", stderr=subprocess.PIPE)
-        output, notes = process.communicate(timeout=120)
+        output, notes = process.communicate(timeout=300)
         assert process.returncode == 0, notes
         return json.loads(output), " ".join(notes.split())
 

@@ -2,6 +2,7 @@
 
 The test itself runs in a network of its own, which tests/ansible/in_room makes.
 """
+import contextlib
 import os
 import re
 import subprocess
@@ -19,6 +20,7 @@ from support.waiting import wait_until  # noqa: E402
 TOOL = os.environ.get("QVPCTL") or str(TREE / "build/release/qvpctl")
 DAEMON = os.environ.get("QVP_DAEMON") or str(TREE / "build/release/qvp")
 USER_ID, PORT = 1000, 2222
+PATIENCE = 300  # seconds; thirty cameras start at once, and a playbook goes over all of them
 SHOW_STORES = 'for folder in "$QVP_LAN"/*/; do printf "%s\\0" "$folder"; cat "$folder/root/etc/qvp/camera.ini"; printf "\\0"; done'
 
 
@@ -72,7 +74,7 @@ class Site:
     def wait_for_start(self, number):
         command = f"cat\0{self.held}\0".encode()
         self.process = wait_until(lambda: next((one for one in processes() if read_process(one, "cmdline") == command), None)
-                                  or self.launcher.poll(), f"site {self.name}")
+                                  or self.launcher.poll(), f"site {self.name}", PATIENCE)
         assert self.launcher.poll() is None, f"site {self.name} has not started"
         link = ["ip", "link", "add", f"site{number}", "type", "veth", "peer", "name", "wan0", "netns", str(self.process)]
         subprocess.run(link, check=True)
@@ -98,7 +100,7 @@ class Site:
             "-r", self.key, "-p", f"{self.address}:{PORT}", "-P", self.folder / "server.pid")
         with open(self.folder / "server.log", "ab") as log:
             self.server = subprocess.Popen(command, env=variables, stdout=log, stderr=log)
-        wait_until(lambda: b":%04X " % PORT in self.run("cat /proc/net/tcp"), f"the server of {self.name}")
+        wait_until(lambda: b":%04X " % PORT in self.run("cat /proc/net/tcp"), f"the server of {self.name}", PATIENCE)
 
     def servers(self):
         network = network_of(self.process)
@@ -108,7 +110,8 @@ class Site:
     def go_down(self):
         """The server and every connection; what was started over them goes on."""
         for process in self.servers():
-            os.kill(process, 9)
+            with contextlib.suppress(ProcessLookupError):  # a connection that was just over
+                os.kill(process, 9)
         self.server.wait()
 
     def is_at_work(self):

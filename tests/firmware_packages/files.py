@@ -16,7 +16,7 @@ VERSION = re.search(r"^project\(qvp VERSION (\S+) ", (TREE / "CMakeLists.txt").r
 
 def make(folder, *arguments, **variables):
     command = ["make", "--no-print-directory", "-C", str(folder), *arguments, *(f"{k}={v}" for k, v in variables.items())]
-    return subprocess.run(command, capture_output=True, text=True, timeout=200, check=False)
+    return subprocess.run(command, capture_output=True, text=True, timeout=800, check=False)
 
 
 def openwrt(*arguments, **variables):

@@ -34,7 +34,7 @@ serves() {{ grep -q F600 /proc/net/udp && [ -s "/run/qvp-$1.pid" ]; }}
 
 
 def in_room(script, **environment):
-    done = subprocess.run([*ROOM, "busybox", "sh", "-c", PROLOGUE + script], capture_output=True, text=True, timeout=100,
+    done = subprocess.run([*ROOM, "busybox", "sh", "-c", PROLOGUE + script], capture_output=True, text=True, timeout=300,
                           env=os.environ | environment, check=False)
     assert done.returncode == 0, done.stdout + done.stderr
     return done.stdout.splitlines()

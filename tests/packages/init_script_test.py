@@ -7,7 +7,7 @@ import pytest
 
 DAEMON = os.environ["QVP_DAEMON"]
 SCRIPT = os.environ["QVP_INIT_SCRIPT"]
-PATIENCE = 60
+PATIENCE = 200
 
 # A network and a /run of its own, and the settings of the script; with busybox, nothing but busybox is on the PATH.
 ROOM = ["unshare", "--user", "--map-root-user", "--mount", "--mount-proc", "--net", "--pid", "--fork", "--kill-child", "bash",

@@ -7,7 +7,7 @@ import subprocess
 import pytest
 
 BUILD = os.environ["QVP_BUILD"]
-PATIENCE = 60
+PATIENCE = 200
 
 DAEMON = """
     lib/systemd/system/qvp@.service lib/sysusers.d/qvp.conf lib/tmpfiles.d/qvp.conf libexec/qvp/remove-stale-pid-file sbin/qvp

@@ -10,7 +10,7 @@ SOURCE = pathlib.Path(__file__).parents[2]
 UNIT = pathlib.Path(os.environ["QVP_UNIT"])
 DAEMON = os.environ["QVP_DAEMON"]
 STALE = SOURCE / "packaging/systemd/remove-stale-pid-file"
-PATIENCE = 60
+PATIENCE = 200
 
 
 def analyze(*arguments):

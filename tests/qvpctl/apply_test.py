@@ -9,8 +9,8 @@ import subprocess
 
 import pytest
 from cameras import JSON, MARK, PLAIN, TOOL, columns, get, living, mac, reporting
-from fleet_files import (answers_counted, by_mac, discovered, keep_answers_back, let_answers_through, read_until, refused,
-                         results, run, start, write)
+from fleet_files import (MORE, PATIENCE, by_mac, datagrams_kept, keep_answers_back, let_answers_through, read_until,
+                         refusals_counted, results, run, start, write)
 
 
 def test_cameras_of_one_address_become_what_the_file_says(lan, tmp_path):
@@ -38,13 +38,13 @@ def test_cameras_of_one_address_become_what_the_file_says(lan, tmp_path):
         assert {"key": "password", "before": None, "after": None} in record["changes"]
         assert get(camera, "time.zone", password=MARK) == "Asia/Tokyo"
         camera.forget_commands()
-    asked = foreign.trace().count("user_verification")
-    for password in ("admin", MARK):  # the old one is refused, and the file has the new one
-        plain = run(PLAIN, "apply", site, password=password, status=4)
-        assert plain.out.endswith("\n4 cameras: 3 unchanged, 1 failed\n")
-        assert [row["RESULT"] for row in columns(plain.out.rsplit("\n", 2)[0])] == ["unchanged"] * 2 + ["failed", "unchanged"]
-        assert MARK not in plain.out + plain.err + first.out + first.err
-    assert foreign.trace().count("user_verification") == asked + 3, "each password is tried once a run"
+    with refusals_counted() as refusals:
+        for password in ("admin", MARK):  # the old one is refused, and the file has the new one
+            plain = run(PLAIN, "apply", site, password=password, status=4)
+            assert plain.out.endswith("\n4 cameras: 3 unchanged, 1 failed\n")
+            assert [row["RESULT"] for row in columns(plain.out.rsplit("\n", 2)[0])] == ["unchanged"] * 2 + ["failed", "unchanged"]
+            assert MARK not in plain.out + plain.err + first.out + first.err
+    assert refusals[mac(foreign)] == 3, "each password is tried once a run"
     assert [camera.board_log() for camera in cameras if camera is not foreign] == [[], [], []]
 
 
@@ -53,10 +53,10 @@ def test_a_refused_password_is_not_tried_again(lan, tmp_path):
     first, second = [living(camera) for camera in lan.cameras(2, {1: ["--set", f"USER_ADMIN/Password1={MARK}"]})]
     (tmp_path / "new").write_text(MARK + "\n")
     site = write(tmp_path, "mac,name,password", *((camera, "Hall", "file:new") for camera in (first, second)))
-    with answers_counted(refused) as refusals:
+    with refusals_counted() as refusals:
         run(JSON, "apply", site)
     assert refusals == {mac(second): 1}
-    with answers_counted(refused) as refusals:
+    with refusals_counted() as refusals:
         run(JSON, "revert", site + ".journal", "--other-password", f"@{tmp_path / 'new'}", password="somebody's")
     assert refusals == {mac(first): 1, mac(second): 1}
     assert (get(first, "name", password=MARK), get(second, "name", password=MARK)) == (
@@ -64,16 +64,19 @@ def test_a_refused_password_is_not_tried_again(lan, tmp_path):
 
 
 def test_who_waits_for_one_camera_asks_no_other(lan, tmp_path):
-    """The other one answers the roll call, which is as many requests as there are tries, and nothing else."""
+    """Everybody is asked in the roll call, as often as there are tries, and nobody but that camera from then on."""
     camera, other = [living(camera) for camera in lan.cameras(2)]
-    with answers_counted(discovered) as answers:
-        run(JSON, "apply", write(tmp_path, "mac,name", (camera, "Hall")))
-    assert answers[mac(other)] == 12 < answers[mac(camera)]
+    with datagrams_kept() as datagrams:
+        run(JSON, "apply", write(tmp_path, "mac,name", (camera, "Hall")), *MORE)
+    asked = [data[6:12].hex(":") for data in datagrams if data[:2] == b"\xfd\xfd"]
+    assert asked[:12] == ["ff:ff:ff:ff:ff:ff"] * 12 and set(asked[12:]) == {mac(camera)}
+    everybody = {data[2:4] for data in datagrams if data[6:12] == b"\xff" * 6}
+    assert {data[2:4] for data in datagrams if data[6:12] == other.mac} == everybody
 
 
 def test_nothing_to_change_is_said(camera, tmp_path):
     site = write(tmp_path, "mac,name", (camera, f"Camera {camera.number}"))
-    result = run(PLAIN, "apply", site)
+    result = run(PLAIN, "apply", site, *MORE)
     assert result.out.endswith("1 camera: 1 unchanged; nothing had to change\n")
     assert (result.err, camera.board_log()) == ("", [])
 
@@ -91,7 +94,7 @@ def test_whoever_reads_the_records_may_go(lan, tmp_path):
     site = write(tmp_path, "mac,name", *((camera, f"Hall {camera.number}") for camera in cameras))
     reader, writer = os.pipe()
     os.close(reader)
-    result = subprocess.run([TOOL, "apply", site, "--json", "--wait", "0.5"], stdout=writer, stderr=subprocess.PIPE, text=True,
+    result = subprocess.run([TOOL, "apply", site, "--json", *PATIENCE], stdout=writer, stderr=subprocess.PIPE, text=True,
                             check=False, timeout=120, env={**os.environ, "QVPCTL_PASSWORD": "admin"})
     os.close(writer)
     assert result.returncode == 3, result
@@ -133,7 +136,7 @@ def test_what_the_network_loses_is_tried_again_and_a_refusal_is_not(lan, tmp_pat
     gate.wait()
     keep_answers_back(silent)
     foreign.change_store("USER_ADMIN", "Password1", b"another")
-    with answers_counted(refused) as refusals:
+    with refusals_counted() as refusals:
         gate.open()
         read_until(process, f"{mac(silent)}: once more: ")
         let_answers_through(silent)

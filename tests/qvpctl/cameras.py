@@ -18,6 +18,7 @@ TOOL = os.environ.get("QVPCTL") or str(TREE / "build/release/qvpctl")
 DAEMON = os.environ.get("QVP_DAEMON") or str(TREE / "build/release/qvp")
 CODES = {1: "not-found", 2: "bad-value", 3: "this-machine", 4: "credentials-refused", 5: "refused", 6: "unverified"}
 MARK = "MARKED-key"  # long enough for WPA, and no WEP key
+LONGER = ["--wait", "10"]  # for what ends as soon as a camera answers: on a busy machine it may take its time
 
 
 class Result:
@@ -33,11 +34,17 @@ class Result:
         return f"status {self.status}\n{self.out}{self.err}"
 
 
+def patience(arguments):
+    """Only of one that is named by its MAC, and of as many as are expected, is the end of the answers known."""
+    is_named = len(arguments) > 1 and re.fullmatch(r"(\w\w:){5}\w\w", arguments[1])
+    return LONGER if (is_named or "--expect" in arguments) and "--wait" not in arguments else []
+
+
 def qvpctl(*arguments, password="admin", **environment):
     variables = {**os.environ, "QVPCTL_PASSWORD": password, **environment}
     if password is None:
         del variables["QVPCTL_PASSWORD"]
-    done = subprocess.run([TOOL, *arguments], stdin=subprocess.DEVNULL, capture_output=True, timeout=120, env=variables,
+    done = subprocess.run([TOOL, *arguments, *patience(arguments)], stdin=subprocess.DEVNULL, capture_output=True, timeout=120, env=variables,
                           start_new_session=True)  # no terminal to ask at
     done.stdout, done.stderr = done.stdout.decode(), done.stderr.decode()
     return Result(arguments, done)

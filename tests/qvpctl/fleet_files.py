@@ -13,12 +13,14 @@ from cameras import mac
 
 
 # Cameras on this machine answer within milliseconds, and every search waits for all answers; one that runs its commands
-# while others do is asked as long as it takes.
+# while others do is asked as long as it takes. One that a file names is looked for again if it was too slow; where
+# others count, or nothing may be said, there is more time.
 PATIENCE = ["--wait", "0.5", "--retries", "11"]
+MORE = ["--wait", "2", "--retries", "11"]
 
 
 def run(form, command, *arguments, **options):
-    return cameras.run(form, command, *arguments, *PATIENCE, **options)
+    return cameras.run(form, command, *arguments, *([] if "--wait" in arguments else PATIENCE), **options)
 
 
 def write(folder, heading, *rows, name="site.csv"):
@@ -77,24 +79,19 @@ def let_answers_through(camera):
     camera.run("ip", "neighbour", "delete", "198.18.0.1", "dev", "eth0")
 
 
-def refused(datagram):
+def is_refusal(datagram):
     """By the status of its header."""
-    return datagram[16] == 3
-
-
-def discovered(datagram):
-    """By the command of its header."""
-    return datagram[4:6] == b"\xa1\x00"
+    return datagram[:2] == b"\xee\xfe" and datagram[16] == 3
 
 
 @contextmanager
-def answers_counted(matches):
-    """How many such answers come from each camera meanwhile, by its MAC; complete afterwards."""
-    counts = Counter()
+def datagrams_kept():
+    """All of the protocol that pass the LAN meanwhile, in their order; there afterwards."""
+    kept = []
     with socket.socket(socket.AF_PACKET, socket.SOCK_RAW, socket.htons(3)) as wire:
         wire.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, 1 << 22)
         wire.bind(("lan0", 0))
-        yield counts
+        yield kept
         wire.setblocking(False)
         while True:
             try:
@@ -102,8 +99,17 @@ def answers_counted(matches):
             except BlockingIOError:
                 break
             datagram = frame[42:]  # behind the headers of Ethernet, IPv4 and UDP
-            if frame[23] == 17 and datagram[:2] == b"\xee\xfe" and matches(datagram):
-                counts[datagram[6:12].hex(":")] += 1
+            if frame[23] == 17 and datagram[:2] in (b"\xfd\xfd", b"\xee\xfe"):
+                kept.append(datagram)
+
+
+@contextmanager
+def refusals_counted():
+    """How many requests each camera refuses meanwhile, by its MAC; a request that was sent again is one, by its sequence."""
+    counts = Counter()
+    with datagrams_kept() as datagrams:
+        yield counts
+    counts.update(mac for mac, _ in {(data[6:12].hex(":"), data[2:4]) for data in datagrams if is_refusal(data)})
 
 
 @contextmanager

@@ -85,7 +85,7 @@ def test_a_camera_of_another_network_is_brought_here(lan, tmp_path):
     result = run(JSON, "revert", site + ".journal")
     assert "ipv4.gateway is not known from before, and becomes none with the address" in result.err
     assert by_mac(result)[0][mac(camera)]["result"] == "changed"
-    assert discover(JSON, "--wait", "31", "--expect", "1")[mac(camera)][0] == "192.168.0.20"
+    assert discover(JSON, "--wait", "90", "--expect", "1")[mac(camera)][0] == "192.168.0.20"
 
 
 def test_a_camera_that_is_not_there_shifts_no_address(lan, tmp_path):

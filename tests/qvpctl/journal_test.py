@@ -10,7 +10,7 @@ from pathlib import Path
 
 import pytest
 from cameras import JSON, MARK, PLAIN, TOOL, get, living, mac
-from fleet_files import by_mac, cut_off, results, run, write
+from fleet_files import PATIENCE, by_mac, cut_off, results, run, start, write
 
 
 @pytest.fixture
@@ -33,6 +33,7 @@ def test_killed_twice_and_gone_on_with_and_put_back(hall):
     words += cut_off(site, f"{mac(cameras[1])}: sent: password", "--resume")
     with journal.open("a") as file:
         file.write('{"mac":"half a li')
+    get(cameras[1], "name")  # so that nothing of what it was sent is still to come
     cameras[1].change_store("CAMSYSTEM", "CameraName", b"Meanwhile")  # what was there is what the first run found
     first = run(JSON, "apply", site, "--resume")
     assert {record["result"] for record in by_mac(first)[0].values()} <= {"changed", "unchanged"}
@@ -70,8 +71,7 @@ def test_a_run_that_was_cut_off_is_put_back_and_over(hall):
 def test_a_second_run_is_kept_out(hall):
     cameras, site = hall
     gate = cameras[0].gate("/etc/init.d/ipv4")
-    process = subprocess.Popen([TOOL, "apply", site, "--wait", "0.5"], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                               env={**os.environ, "QVPCTL_PASSWORD": "admin"})
+    process = start("apply", site)
     gate.wait()
     assert f"another run works with {site}" in run(PLAIN, "apply", site, status=3).err
     assert f"another run works with {site}.journal" in run(PLAIN, "revert", site + ".journal", status=3).err
@@ -150,7 +150,7 @@ def test_a_journal_that_cannot_be_written_stops_the_run(lan, tmp_path):
     """Nothing is changed that could not be put back, and the run is gone on with when there is room."""
     hall = [living(camera) for camera in lan.cameras(4)]
     site = write(tmp_path, "mac,name", *((camera, f"Hall {camera.number}") for camera in hall))
-    limited = ["prlimit", "--fsize=600", "--", TOOL, "apply", site, "--wait", "0.5", "--parallel", "2"]
+    limited = ["prlimit", "--fsize=600", "--", TOOL, "apply", site, *PATIENCE, "--parallel", "2"]
     result = subprocess.run(limited, capture_output=True, text=True, check=False, timeout=120,
                             env={**os.environ, "QVPCTL_PASSWORD": "admin"}, preexec_fn=ignore_file_size)
     assert (result.returncode, result.stderr.count("cannot write the journal")) == (3, 1), result

@@ -35,7 +35,8 @@ def test_fifty_cameras(lan):
         known = discover(form, "--expect", str(FIFTY - 1))
         assert sorted(known) == sorted(mac(camera) for camera in cameras if camera is not cameras[MUTE])
     for word, form in [("Hall", PLAIN), ("Yard", JSON)]:
-        set_up = lambda camera: qvpctl("set", mac(camera), f"name={word} {camera.number}", *form)  # noqa: E731,B023
+        set_up = lambda camera: qvpctl("set", mac(camera), f"name={word} {camera.number}", *form,  # noqa: E731,B023
+                                       *(["--wait", "2"] if camera is cameras[MUTE] else []))  # noqa: B023
         with ThreadPoolExecutor(4) as pool:
             results = list(pool.map(set_up, cameras))
         statuses = {index: result.status for index, result in enumerate(results) if result.status != 0}

@@ -11,7 +11,7 @@ from contextlib import suppress
 
 import pytest
 from cameras import JSON, MARK, PLAIN, columns, living, mac
-from fleet_files import by_mac, run, write
+from fleet_files import MORE, by_mac, run, write
 
 
 @pytest.fixture
@@ -24,8 +24,9 @@ def pair(lan):
 
 
 def test_what_discover_prints_is_a_file_without_changes(pair, tmp_path):
-    table = run(PLAIN, "discover", "--csv", "--columns", "mac,address,name,brand,product,model,firmware,hardware,httpPort,"
-                "netmask,gateway,dns,dhcp,localTime,timezone,daylightSaving,url,interface,answered,problems").out
+    table = run(PLAIN, "discover", "--wait", "20", "--expect", "2", "--csv", "--columns",
+                "mac,address,name,brand,product,model,firmware,hardware,httpPort,netmask,gateway,dns,dhcp,localTime,timezone,"
+                "daylightSaving,url,interface,answered,problems").out
     (tmp_path / "site.csv").write_text(table)
     for form in (PLAIN, JSON):
         result = run(form, "plan", str(tmp_path / "site.csv"), "--exit-code")
@@ -85,10 +86,10 @@ def test_drift(pair, tmp_path):
     assert run(PLAIN, "diff", write(tmp_path, "mac,wifi.ssid", (second, "Workshop")), "--exit-code").out == ""
 
 
-def faults(site, **options):
+def faults(site, *more, **options):
     """The places and the words of what is wrong, the same in both forms."""
     with ThreadPoolExecutor(2) as pool:
-        plain, form = pool.map(lambda form: run(form, "plan", site, status=2, **options), (PLAIN, JSON))
+        plain, form = pool.map(lambda form: run(form, "plan", site, *more, status=2, **options), (PLAIN, JSON))
     assert form.error["code"] == "bad-value"
     assert form.error["message"] in plain.err
     first, *lines = form.error["message"].splitlines()
@@ -112,7 +113,7 @@ def test_conflicts_are_found_before_anything_is_sent(lan, pair, tmp_path):
     first, second = pair
     third = lan.camera()
     site = write(tmp_path, "mac,ipv4.address,ipv4.gateway", (first, f"{third.address}/15", ""), (second, "10.0.0.1/24", "none"))
-    found = faults(site)
+    found = faults(site, *MORE)
     assert found[0] == f":2: column 2: ipv4.address {third.address} is that of camera {mac(third)}"
     assert "column 2: ipv4.address 10.0.0.1 is outside the network of lan0" in found[1]
     swapped = faults(write(tmp_path, "mac,ipv4.address", (first, f"{second.address}/15"), (second, f"{first.address}/15")))
@@ -137,7 +138,7 @@ def test_export_is_a_file_without_changes(lan, tmp_path):
     named = living(lan.camera("--set", 'CAMSYSTEM/CameraName=-a\\b;"c', "--set", "DDNS/PWD=" + MARK))
     leased = living(lan.camera("--set", "NETWORK_V4/BootProto=1"))
     site = tmp_path / "site.csv"
-    result = run(JSON, "export", str(site))
+    result = run(JSON, "export", str(site), *MORE)
     assert (result.records[0]["cameras"], result.records[0]["file"]) == (2, str(site))
     rows = {row["mac"]: row for row in csv.DictReader(site.read_text().splitlines())}
     assert rows[mac(named)]["ipv4.address"] == f"{named.address}/15"
@@ -147,7 +148,7 @@ def test_export_is_a_file_without_changes(lan, tmp_path):
     assert run(PLAIN, "diff", str(site), "--exit-code").out == ""
     run(PLAIN, "export", str(site), status=3)
     run(PLAIN, "export", str(site), "--replace")
-    refused = run(PLAIN, "export", str(site), "--replace", password="wrong", status=4)
+    refused = run(PLAIN, "export", str(site), "--replace", *MORE, password="wrong", status=4)
     assert f"{mac(named)}: only what it tells everybody is in the file" in refused.err
     rows = {row["mac"]: row for row in csv.DictReader(site.read_text().splitlines())}
     assert (rows[mac(named)]["http-port"], rows[mac(named)]["wifi.ssid"]) == ("80", "")

@@ -10,7 +10,7 @@ import pytest
 
 TREE = Path(__file__).resolve().parents[2]
 TOOL = Path(os.environ.get("QVPCTL") or TREE / "build/release/qvpctl").resolve()
-PATIENCE = 30
+PATIENCE = 60
 START = {
     "bash": (["bash", "--norc", "--noprofile", "-i"], 'PS1="ready> "; eval "$(qvpctl completion bash)"'),
     "zsh": (["zsh", "-f", "-i"], 'PS1="ready> "; unsetopt zle_bracketed_paste; autoload -Uz compinit; compinit -D -u; '

@@ -16,7 +16,8 @@ import termios
 
 import pyte
 import pytest
-from cameras import TOOL, get, living, mac, qvpctl
+from cameras import LONGER, TOOL, get, living, mac, patience, qvpctl
+from fleet_files import PATIENCE as ASKED_OFTEN
 from fleet_files import write
 from support.waiting import PATIENCE, wait_until
 
@@ -24,14 +25,14 @@ from support.waiting import PATIENCE, wait_until
 def start(*arguments, columns=80, rows=24, **environment):
     pid, terminal = pty.fork()
     if pid == 0:
-        os.execve(TOOL, [TOOL, *arguments], {**os.environ, "TERM": "xterm", **environment})
-    fcntl.ioctl(terminal, termios.TIOCSWINSZ, struct.pack("HHHH", rows, columns, 0, 0))
+        fcntl.ioctl(0, termios.TIOCSWINSZ, struct.pack("HHHH", rows, columns, 0, 0))
+        os.execve(TOOL, [TOOL, *arguments, *patience(arguments)], {**os.environ, "TERM": "xterm", **environment})
     return pid, terminal
 
 
-def read_until(terminal, words):
+def read_until(terminal, pattern):
     output = ""
-    while words not in output:
+    while not re.search(pattern, output):
         assert select.select([terminal], [], [], PATIENCE)[0], output
         output += os.read(terminal, 4096).decode()
     return output
@@ -89,7 +90,7 @@ def test_many_cameras_have_a_line_each(lan, tmp_path):
     """The second waits until the first is verified; in the end the table stands alone on the screen."""
     cameras = [living(camera) for camera in lan.cameras(2)]
     site = write(tmp_path, "mac,name", *((camera, "Hall") for camera in cameras))
-    status, output = on_terminal("apply", site, "--wait", "0.5")
+    status, output = on_terminal("apply", site, *ASKED_OFTEN)
     screen = pyte.Screen(80, 24)
     stream, shown = pyte.Stream(screen), set()
     first, second = [mac(camera) for camera in cameras]
@@ -105,8 +106,8 @@ def test_many_cameras_have_a_line_each(lan, tmp_path):
 
 def test_the_line_of_a_camera_that_is_away_moves(camera, tmp_path):
     gate = camera.gate("/etc/init.d/ipv4")
-    pid, terminal = start("apply", write(tmp_path, "mac,name", (camera, "Hall")), "--wait", "0.5", QVPCTL_PASSWORD="admin")
-    output = read_until(terminal, "]  1 s of up to 30 s  away: ")
+    pid, terminal = start("apply", write(tmp_path, "mac,name", (camera, "Hall")), *ASKED_OFTEN, QVPCTL_PASSWORD="admin")
+    output = read_until(terminal, r"\]  [1-9]\d* s of up to 30 s  away: ")
     gate.wait()
     gate.open()
     status, rest = finish(pid, terminal)
@@ -117,7 +118,7 @@ def test_a_small_terminal_shows_the_cameras_that_something_is_done_with(lan, tmp
     """Five of them do not fit, so those that wait or are done are left out; a line is no wider than the terminal."""
     cameras = [living(camera) for camera in lan.cameras(5)]
     site = write(tmp_path, "mac,name", *((camera, "Hall") for camera in cameras))
-    status, output = on_terminal("apply", site, "--wait", "0.5", columns=40, rows=5)
+    status, output = on_terminal("apply", site, *ASKED_OFTEN, columns=40, rows=5)
     assert status == 0
     frames = [frame.splitlines() for frame in re.findall(r"(?:\x1b\[\d+A\r\x1b\[J|^)((?:[^\x1b]*\n)\d of 5 done\r?\n)", output)]
     assert max(len(frame) for frame in frames) == 4
@@ -148,8 +149,12 @@ def at_a_prompt(command, *typed):
     return output + finish(pid, terminal)[1]
 
 
+def asked(camera):
+    return " ".join([mac(camera), *LONGER])
+
+
 def test_a_password_is_asked_for_without_echo(camera):
-    output = at_a_prompt(f"$Q verify {mac(camera)}", b"admin\n")
+    output = at_a_prompt(f"$Q verify {asked(camera)}", b"admin\n")
     assert "Password of admin: \r\n" in output and "status 0" in output
     assert output.count("admin") == 1 + output.count("administrator")
 
@@ -157,13 +162,13 @@ def test_a_password_is_asked_for_without_echo(camera):
 @pytest.mark.parametrize("key", [b"\x03", b"\x04"], ids=["Ctrl-C", "Ctrl-D"])
 @pytest.mark.parametrize("command", ["verify", "passwd"])
 def test_giving_up_at_a_prompt(camera, command, key):
-    output = at_a_prompt(f"$Q {command} {mac(camera)}", key)
+    output = at_a_prompt(f"$Q {command} {asked(camera)}", key)
     assert "qvpctl:" in output and "nothing was entered" in output and "status 3" in output
     assert qvpctl("verify", mac(camera)).status == 0
 
 
 def test_a_new_password_is_asked_for_twice(camera):
-    command = f"QVPCTL_PASSWORD=admin $Q passwd {mac(camera)}"
+    command = f"QVPCTL_PASSWORD=admin $Q passwd {asked(camera)}"
     assert "are not the same" in at_a_prompt(command, b"one\n", b"other\n")
     assert "must not be empty" in at_a_prompt(command, b"\n", b"\n")
     assert "status 0" in at_a_prompt(command, b"new\n", b"new\n")
@@ -184,6 +189,6 @@ def test_a_stop_while_the_camera_is_away(camera):
 
 
 def test_a_reader_that_leaves_does_not_break_a_change(camera):
-    script = f"{TOOL} set {mac(camera)} time.zone=Asia/Tokyo name=Pipe 2>&1 | true"
+    script = f"{TOOL} set {asked(camera)} time.zone=Asia/Tokyo name=Pipe 2>&1 | true"
     subprocess.run(["bash", "-c", script], env={**os.environ, "QVPCTL_PASSWORD": "admin"}, timeout=120, check=True)
     assert (get(camera, "name"), get(camera, "time.zone")) == ("Pipe", "Asia/Tokyo")

@@ -9,7 +9,7 @@ import pytest
 from output_schema import check_output
 
 TOOL = os.environ.get("QVPCTL", str(pathlib.Path(__file__).parents[2] / "build/release/qvpctl"))
-PATIENCE = 20
+PATIENCE = 60
 COMMANDS = ["", "discover", "watch", "show", "get", "set", "passwd", "verify", "plan", "apply", "revert",
             "diff", "export", "scan", "open", "reboot", "factory-reset", "commit", "supported", "alert", "raw", "web", "completion", "help"]
 

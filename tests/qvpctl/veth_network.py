@@ -12,7 +12,7 @@ import sys
 import time
 
 HERE = pathlib.Path(__file__).parent
-PATIENCE = 20  # seconds until a condition that must come counts as missing
+PATIENCE = 60  # seconds until a condition that must come counts as missing
 
 
 def line_within(stream, seconds=PATIENCE):
@@ -111,7 +111,7 @@ class Network:
         return self.cameras[-1]
 
     def run_tool(self, *arguments, **options):
-        return subprocess.run([*self.tool_host.enter, self.tool, *arguments], stdin=subprocess.DEVNULL, timeout=60,
+        return subprocess.run([*self.tool_host.enter, self.tool, *arguments], stdin=subprocess.DEVNULL, timeout=120,
                               capture_output="stdout" not in options, **options)
 
     def start_tool(self, *arguments):

@@ -8,10 +8,13 @@ import signal
 import socket
 import subprocess
 import tempfile
+import time
 
 from cameras import TOOL, mac
+from fleet_files import PATIENCE as ASKED_OFTEN
 from support.waiting import PATIENCE, wait_until
 
+LONGEST = 5 * PATIENCE  # that a test waits for events
 HEADERS = {
     "Content-Security-Policy": "default-src 'self'; frame-ancestors 'none'; base-uri 'none'; form-action 'self'",
     "X-Content-Type-Options": "nosniff", "Referrer-Policy": "no-referrer", "Cache-Control": "no-store",
@@ -48,8 +51,10 @@ class Stream:
         self.response = self.connection.getresponse()
         self.status = self.response.status
         self.comments, self.last, self.seen = 0, None, []
+        self.end = time.monotonic() + LONGEST
 
     def line(self):
+        assert time.monotonic() < self.end, self.seen[-20:]  # heartbeats would keep whoever waits in vain
         line = self.response.readline().decode("ascii")
         assert line, "the stream has ended"
         return line.removesuffix("\n")
@@ -90,11 +95,11 @@ class Stream:
 class Page:
     """A server of its own, and a browser that it knows."""
 
-    def __init__(self, *options, password=None, look=("--print",), **environment):
+    def __init__(self, *options, password=None, look=("--print",), patience=ASKED_OFTEN, **environment):
         given = {**os.environ, "QVPCTL_PASSWORD": password, **environment}
         variables = {name: value for name, value in given.items() if value is not None}
         self.log = tempfile.TemporaryFile()
-        self.process = subprocess.Popen([TOOL, "web", *look, "--wait", "0.5", *options], stdin=subprocess.DEVNULL,
+        self.process = subprocess.Popen([TOOL, "web", *look, *patience, *options], stdin=subprocess.DEVNULL,
                                         stdout=subprocess.PIPE, stderr=self.log, env=variables, text=True, start_new_session=True)
         self.url = self.process.stdout.readline().strip()
         match = re.fullmatch(r"http://127\.0\.0\.1:(\d+)/\?token=([0-9a-f]{32,})", self.url)

@@ -14,7 +14,7 @@ import time
 from pathlib import Path
 
 import pytest
-from cameras import TOOL
+from cameras import TOOL, mac
 from support.waiting import wait_until
 from web_page import Page, is_closed, opened_words, opener, wait_until_closed
 
@@ -224,15 +224,24 @@ def test_a_flood_of_headers_is_bounded(page):
     assert page.ask("GET", "/api/session").status == 200
 
 
-def test_what_is_worked_on_at_once_is_bounded(page):
-    """Each of these searches for a camera that nobody has heard of."""
-    body = '{"csv":"mac,name\\n02:00:5e:00:00:77,Gate\\n"}'
+def test_what_is_worked_on_at_once_is_bounded(lan):
+    """Each of these waits for a camera that stands still until the last one is refused."""
+    camera = lan.camera()
+    page = Page(password="admin", patience=["--wait", "0.5", "--retries", "100"]).enter()
+    page.find(camera)
+    body = f'{{"csv":"mac,upnp\\n{mac(camera)},on\\n"}}'
     request = (f"POST /api/fleet/plan HTTP/1.1\r\nHost: 127.0.0.1:{page.port}\r\nCookie: {page.cookie}\r\nX-Qvpctl: 1\r\n"
                f"Content-Type: application/json\r\nContent-Length: {len(body)}\r\n\r\n{body}")
-    connections = [page.raw(request.encode()) for _ in range(60)]
+    camera.signal(signal.SIGSTOP)
+    try:
+        connections = [page.raw(request.encode()) for _ in range(60)]
+        wait_until(lambda: len(select.select(connections, [], [], 0)[0]) >= 12, "twelve refusals")
+    finally:
+        camera.signal(signal.SIGCONT)
     statuses = [RawAnswer(connection).status for connection in connections]
     assert (statuses.count(200), statuses.count(429)) == (48, 12)
     assert page.ask("POST", "/api/fleet/plan", body.encode()).status == 200
+    assert page.stop() == 0
 
 
 def test_a_thousand_half_open_connections(page):

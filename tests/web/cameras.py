@@ -2,11 +2,16 @@
 import os
 import socket
 import subprocess
+import sys
 from pathlib import Path
 
 TREE = Path(__file__).resolve().parents[2]
+sys.path.append(str(TREE / "tests/end_to_end"))
+
+from support.camera import Gate  # noqa: E402
+
 DAEMON = os.environ.get("QVP_DAEMON") or str(TREE / "build/release/qvp")
-PATIENCE = 20
+PATIENCE = 60
 
 
 def mac(number):
@@ -26,6 +31,24 @@ def stored(number, section, key):
         elif found == section and line.startswith(key + "="):
             return line.partition("=")[2]
     return None
+
+
+class Held:
+    """A camera whose network does not come up again after a change before its gate is opened."""
+
+    def __init__(self, number):
+        self.root = root(number)
+        self.gate = Gate(self, "ipv4")
+        script = self.root / "etc/init.d/ipv4"
+        self.script, self.board = script, script.rename(script.with_name("ipv4.board"))
+        script.write_text(f"#!/bin/sh\nread -r _ <{self.gate.path}\n")
+        script.chmod(0o755)
+
+    def release(self):
+        """Once somebody has waited at the gate; another change finds it as it was."""
+        self.board.rename(self.script)
+        self.gate.open()
+        self.gate.pipe.unlink()
 
 
 def report(hardware_address, address, product, firmware, name):

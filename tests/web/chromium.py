@@ -76,8 +76,13 @@ class Page:
     def all(self, selector):
         return self.driver.find_elements(By.CSS_SELECTOR, selector)
 
-    def shown(self, selector):
-        return [one for one in self.all(selector) if one.is_displayed()]
+    def shown(self, selector, look=lambda one: one):
+        """Those that can be seen, or what `look` sees of each; anew when the page is drawn anew in the midst of it."""
+        while True:
+            try:
+                return [look(one) for one in self.all(selector) if one.is_displayed()]
+            except StaleElementReferenceException:
+                continue
 
     def one(self, selector):
         return self.wait(lambda: self.shown(selector), selector)[0]
@@ -85,8 +90,11 @@ class Page:
     def last(self, selector):
         return self.wait(lambda: self.shown(selector), selector)[-1]
 
+    def texts(self, selector):
+        return self.shown(selector, lambda one: one.text)
+
     def text(self, selector):
-        return self.one(selector).text
+        return self.wait(lambda: self.texts(selector), selector)[0]
 
     def script(self, code, *arguments):
         return self.driver.execute_script(code, *arguments)
@@ -103,13 +111,13 @@ class Page:
     # --- What one does
 
     def click(self, selector):
-        self.one(selector).click()
+        self.wait(lambda: [one.click() for one in self.shown(selector)[:1]], selector)
 
     def click_text(self, text, within="body"):
         """The button or link of that name."""
         def find():
             return [one for one in self.shown(f"{within} button, {within} a") if one.text == text]
-        self.wait(find, text)[-1].click()
+        self.wait(lambda: [one.click() for one in find()[-1:]], text)
 
     def type(self, selector, text):
         field = self.one(selector)

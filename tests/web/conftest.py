@@ -1,12 +1,7 @@
 """A page for each file of tests; the tests run where the cameras are."""
-import sys
-from pathlib import Path
-
 import pytest
 from chromium import Page, start_tool
 from cameras import end
-
-sys.path.append(str(Path(__file__).resolve().parents[1] / "end_to_end"))
 
 
 @pytest.fixture(scope="module", name="tool")

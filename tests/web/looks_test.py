@@ -106,7 +106,7 @@ def test_who_wants_no_motion_sees_none(page):
 
 def test_the_table_is_searched_and_sorted(page):
     page.wait(lambda: len(page.shown("#camera-table tbody tr")) == 3, "the cameras")
-    names = lambda: [one.text for one in page.shown("#camera-table tbody a.name")]  # noqa: E731
+    names = lambda: page.texts("#camera-table tbody a.name")  # noqa: E731
     assert names() == ["Camera 1", "Camera 2", "Camera 3"]
     page.click_text("Product", "#camera-table")
     heading = page.one("#camera-table th[data-sort=product]")

@@ -78,7 +78,7 @@ def test_a_table_is_dropped_on_the_list(page):
     page.script(DROP, f"mac,name\n{mac(2)},Gate 02\n02:51:56:50:00:77,Nobody\n")
     page.wait(lambda: "1 already as wanted" in page.text("#many .summary"), "the plan")
     assert "1 unreachable" in page.text("#many .summary")
-    assert [one.text for one in page.shown("#many button") if one.text.startswith("Apply")] == []
+    assert [text for text in page.texts("#many button") if text.startswith("Apply")] == []
 
 
 def test_a_file_that_is_no_table_of_cameras_is_not_sent(page):
@@ -90,7 +90,7 @@ def test_a_file_that_is_no_table_of_cameras_is_not_sent(page):
 def test_what_is_wrong_with_a_table_is_told_with_its_place(page):
     page.script(DROP, f"mac,name,http-port\n{mac(2)},Gate,8088\n{mac(3)},{'x' * 64},80\n")
     page.wait(lambda: "8087 and 8089 are free" in page.text("#many-problem table"), "the fault")
-    cells = [one.text for one in page.shown("#many-problem tbody tr th, #many-problem tbody td")]
+    cells = page.texts("#many-problem tbody tr th, #many-problem tbody td")
     assert (cells[0:2], cells[3:5], len(cells)) == (["2", "3"], ["3", "2"], 6)
 
 

@@ -4,7 +4,7 @@ import re
 import subprocess
 
 import pytest
-from cameras import DAEMON, mac, root, stored
+from cameras import DAEMON, Held, mac, root, stored
 from chromium import PATIENCE
 from selenium.webdriver.common.keys import Keys
 
@@ -81,8 +81,12 @@ def test_a_camera_is_named_by_the_keyboard_alone(page):
     page.tab_to(lambda one: one.get_attribute("name") == "name").send_keys(Keys.CONTROL, "a")
     page.keys("Front door", Keys.ENTER)
     page.one("dialog .diff")
+    held = Held(1)
     page.tab_to(lambda one: one.text == "Send").send_keys(Keys.ENTER)
     page.wait(lambda: page.focused.get_attribute("id") == "detail-change", "the focus where the change is told")
+    held.gate.wait()
+    page.wait(lambda: page.script("return window.countdown && window.countdownInTable && window.isLocked"), "the camera to be away")
+    held.release()
     await_end(page)
     page.wait(lambda: page.text("#detail-heading") == "Front door", "the new name")
     page.keys(Keys.ESCAPE)
@@ -178,6 +182,7 @@ def test_changes_that_were_not_sent_are_not_lost_by_leaving(page):
     page.wait(lambda: page.all("dialog") == [], "the question's end")
     assert page.one("input[name='name']").get_attribute("value") == "Forgotten"
     page.one(f"#camera-table tr[data-mac='{mac(3)}'] a.name").click()
+    page.one("dialog")
     page.driver.back()  # a question is enough
     assert len(page.shown("dialog")) == 1 and page.text("#detail-heading") == "Camera 2"
     page.click_text("Leave", "dialog")
@@ -192,7 +197,8 @@ def test_a_reboot_names_the_camera_it_is_about(page):
     page.click_text("Reboot …", "#detail")
     assert page.text("dialog h2") == "Reboot Camera 2?"
     page.keys(Keys.ESCAPE)
-    assert page.all("dialog") == [] and page.focused.text == "Reboot …"
+    page.wait(lambda: page.all("dialog") == [], "the question's end")
+    assert page.focused.text == "Reboot …"
     page.click_text("Reboot …", "#detail")
     page.click_text("Reboot Camera 2", "dialog")
     await_end(page)

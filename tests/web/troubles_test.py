@@ -5,10 +5,9 @@ import re
 import subprocess
 
 import pytest
-from cameras import DAEMON, end, mac, root, stored
+from cameras import DAEMON, Held, end, mac, stored
 from chromium import PATIENCE, TREE, Page, start_tool
 from selenium.webdriver.common.keys import Keys
-from support.camera import Gate
 
 LEAPING_CLOCK = os.environ.get("LEAPING_CLOCK") or str(TREE / "build/release/libleaping_clock.so")
 FOREIGN, TAKEN = 4, 5  # cameras that are added
@@ -54,7 +53,7 @@ def show(page, choice):
 
 
 def shown_macs(page):
-    return [one.get_attribute("data-mac") for one in page.shown("#camera-table tbody tr")]
+    return page.shown("#camera-table tbody tr", lambda one: one.get_attribute("data-mac"))
 
 
 def open_camera(page, number):
@@ -76,7 +75,8 @@ def move(page, number, address):
 def test_a_camera_falls_silent_and_is_heard_again(page, leap):
     page.wait(lambda: page.text("#count") == "3 cameras", "three cameras")
     camera("mute", "3")
-    leap.write_bytes((100).to_bytes(8, "little"))
+    with leap.open("r+b") as seconds:  # which the tool has mapped, so it must not be empty for a moment
+        seconds.write((100).to_bytes(8, "little"))
     page.wait(lambda: re.search(r"Silent since \d", row(page, 3)), "the silent camera")
     assert [name for name in ("1", "2") if "Present" not in row(page, int(name))] == [], "these were asked, and are there"
     page.wait(lambda: "Camera 3 is silent." in page.script("return window.told"), "what a screen reader is told")
@@ -109,20 +109,8 @@ def test_cameras_at_wrong_addresses_are_marked_and_moved(page):
     page.wait(lambda: page.shown("#detail .problems") == [], "that nothing is wrong")
 
 
-class Held:
-    """A camera whose network does not come up again after a change before its gate is opened."""
-
-    def __init__(self, number):
-        self.root = root(number)
-        self.gate = Gate(self, "ipv4")
-        script = self.root / "etc/init.d/ipv4"
-        script.unlink()
-        script.write_text(f"#!/bin/sh\nread -r _ <{self.gate.path}\n")
-        script.chmod(0o755)
-
-
 def result_row(page, number):
-    return next(one.text for one in page.shown("#many .plan tbody tr") if mac(number) in one.text)
+    return next(text for text in page.texts("#many .plan tbody tr") if mac(number) in text)
 
 
 def test_a_run_is_stopped_half_way(page):
@@ -143,7 +131,7 @@ def test_a_run_is_stopped_half_way(page):
     page.click("#run-banner a")
     page.click("#run-stop")
     assert page.text("#run-stop") == "Stopping: what is on its way goes to its end."
-    held.gate.open()
+    held.release()
     page.wait(lambda: page.text("#many .run-line") == "Stopped after 2 of 3 cameras", "the end of the run")
     assert page.text("#many .summary") == "3 cameras: 2 changed, 1 failed."
     assert ["Changed" in result_row(page, number) for number in (1, 2, 3)] == [True, True, False]

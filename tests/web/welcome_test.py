@@ -33,8 +33,7 @@ def test_it_says_where_was_searched_and_what_may_be_wrong(page):
 def test_a_button_starts_three_virtual_cameras(page):
     page.click("#start-virtual")
     page.wait(lambda: page.shown("#list") and page.text("#count") == "3 cameras", "three cameras")
-    names = [one.text for one in page.shown("#camera-table a.name")]
-    assert names == ["Camera 1", "Camera 2", "Camera 3"]
+    assert page.texts("#camera-table a.name") == ["Camera 1", "Camera 2", "Camera 3"]
     page.wait(lambda: page.shown("#connection") == [], "the connection")
     # This machine's browser does not reach their web pages, so nothing leads there.
     page.wait(lambda: page.shown("#camera-table td a") == [], "addresses without links")
