@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdlib>
 
+#include "common/kept_file.h"
 #include "platform.h"
 #include "support/child_process.h"
 
@@ -57,7 +58,7 @@ TEST(Interface, HasWhatTheKernelTells) {
 }
 
 TEST(Interface, LoopbackHasItsAddresses) {
-    requestNumber = 0;                                             // outside of a request
+    requestNumber = 0;                                                 // outside of a request
     std::array<uint8_t, 5> address = {9, 9, 9, 9, 9}, mask = address;  // with a byte that is not asked for
     std::array<uint8_t, 7> mac = {9, 9, 9, 9, 9, 9, 9};
     EXPECT_EQ(net_get_ifaddr("lo", address.data()), 0);
