@@ -3,6 +3,7 @@ import signal
 import subprocess
 
 import pytest
+from support.camera import SCRIPT
 from support.requests import discovery
 from support.waiting import wait_until
 from support.wire import EVERYONE, request
@@ -58,6 +59,33 @@ def test_its_report_goes_out_at_once(listener, camera):
     while (data := listener.report(camera))[2:4] != b"\x02\x00":  # the third: the second went nowhere
         assert data[2:4] == b"\x00\x00"
     assert data[12:16] == bytes(map(int, camera.address.split(".")))
+
+
+HOLDER = """
+import socket, sys
+held = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
+held.setsockopt(socket.SOL_SOCKET, socket.SO_BINDTODEVICE, b"eth0")
+held.bind(("", 62976))
+print("held", flush=True)
+sys.stdin.read()
+"""
+
+
+def test_that_it_cannot_be_served_is_told_once(tool, camera):
+    take_interface_away(camera)
+    report(camera, 2)
+    bring_interface_back(camera, camera.mac)
+    with subprocess.Popen([SCRIPT, "exec", str(camera.number), "--", "/usr/bin/python3", "-c", HOLDER],
+                          stdin=subprocess.PIPE, stdout=subprocess.PIPE) as holder:
+        assert holder.stdout.readline() == b"held\n"
+        report(camera, 3)
+        report(camera, 4)
+    told = "qvp(eth0): the interface is there again, but cannot be served: Address already in use\n"
+    assert camera.trace().count(told) == 1
+    report(camera, 5)
+    assert camera.trace().count("qvp(eth0): the interface is there again\n") == 1
+    tool.assert_in_step(camera)
+    assert camera.trace().count("qvp(eth0): the interface") == 2
 
 
 def test_an_interface_with_another_name(tool, camera):
