@@ -37,6 +37,7 @@ public:
     std::map<int, Bytes> refusals;  // status and result code, by opcode
     std::chrono::milliseconds silentUntil{0};
     bool moves = true;
+    std::optional<Bytes> lease;  // the address that it is given anew
     std::vector<int> opcodes;  // that were asked
 
     Ipv4 address() const { return {{discovery[290], discovery[291], discovery[292], discovery[293]}}; }
@@ -111,6 +112,7 @@ private:
             put(discovery, 294, {request[219], request[218]});
             put(discovery, 298, part(222, 16));
             put(discovery, 314, part(238, 1));
+            if (lease) put(discovery, 290, *lease);
         }
         if (opcode == 0x00A9) put(wifi, 22, part(150, 252));
         if (opcode == 0x00A4) password = textAt(request, 214);
@@ -212,6 +214,16 @@ TEST_F(SessionTest, FollowsTheCameraToItsNewAddress) {
     EXPECT_EQ(addressText(one.target().address), "192.0.2.77");
     EXPECT_EQ(link_.sent.back().to, "192.0.2.77");
     EXPECT_THAT(progress_, ElementsAre(Progress::Step::Sent, Progress::Step::Away, Progress::Step::Back));
+}
+
+TEST_F(SessionTest, FollowsTheCameraToTheAddressThatItIsLent) {
+    camera_.lease = Bytes{192, 0, 2, 99};
+    Session one = session();
+    EXPECT_THAT(set(one, {{"name", "Gate"}}), IsEmpty());
+    EXPECT_EQ(addressText(one.target().address), "192.0.2.99");
+    const auto change = std::ranges::find_if(link_.sent, [](const auto& sent) { return sent.bytes[4] == 0xA2; });
+    ASSERT_NE(change, link_.sent.end());
+    EXPECT_TRUE(std::none_of(change + 1, link_.sent.end(), [](const auto& sent) { return sent.to == "192.0.2.10"; }));
 }
 
 TEST_F(SessionTest, ACameraThatAnswersFromItsOldAddressIsNotBack) {
