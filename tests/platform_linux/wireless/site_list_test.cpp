@@ -3,10 +3,12 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <fstream>
 
 #include "platform.h"
 #include "support/file_calls.h"
@@ -54,6 +56,27 @@ TEST_F(SiteList, IsAFileHandedThroughAsItStands) {
         const size_t kept = static_cast<size_t>(size > length ? length : size - 1);
         EXPECT_EQ(list, file.substr(0, kept) + '\0' + std::string(40 - kept - 1, 'Z'));
     }
+}
+
+// Bytes of address space that this process has.
+static long spaceTaken() {
+    long pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    return pages * sysconf(_SC_PAGESIZE);
+}
+
+TEST_F(SiteList, GivesBackTheMemoryThatItTakes) {
+    makeIw("echo 'BSS 02:00:5e:00:53:01(on wlan7)'");
+    writeFile(folder / "list", "heading\n");
+    setenv("QVP_SITE_LIST", (folder / "list").c_str(), 1);
+    std::string list(1000, 'Z');
+    const long before = spaceTaken();
+    ASSERT_GT(before, 0);
+    for (int round = 0; round < 64; round++) {
+        ASSERT_EQ(scan(list.data(), 1000), 0);
+        ASSERT_EQ(getSiteList(list.data(), 1000), 0);
+    }
+    EXPECT_LT(spaceTaken() - before, 8 << 20);  // each of them takes 256 KiB
 }
 
 TEST_F(SiteList, IsNoneWithoutTheFile) {
