@@ -38,7 +38,7 @@ public:
     std::chrono::milliseconds silentUntil{0};
     bool moves = true;
     std::optional<Bytes> lease;  // the address that it is given anew
-    std::vector<int> opcodes;  // that were asked
+    std::vector<int> opcodes;    // that were asked
 
     Ipv4 address() const { return {{discovery[290], discovery[291], discovery[292], discovery[293]}}; }
 
@@ -231,6 +231,12 @@ TEST_F(SessionTest, ACameraThatAnswersFromItsOldAddressIsNotBack) {
     const Error error = errorOf({{"ipv4.address", "192.0.2.77/24"}});
     EXPECT_EQ(error.kind(), ErrorKind::Unverified);
     EXPECT_THAT(error.what(), HasSubstr("has not been seen with it within 30 s"));
+}
+
+TEST_F(SessionTest, ACameraThatGoesFarAwayHasTheTimeOfOneMoreReport) {
+    camera_.moves = false;
+    EXPECT_THAT(errorOf({{"ipv4.address", "10.9.0.2/24"}, {"ipv4.gateway", "none"}}).what(),
+                HasSubstr("has not been seen with it within 61 s"));
 }
 
 TEST_F(SessionTest, ACameraThatStaysAwayIsUnverified) {

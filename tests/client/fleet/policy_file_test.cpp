@@ -169,3 +169,11 @@ TEST(PolicyFile, WhatASharedValueDoesToOneCameraNamesTheCamera) {
             "(camera 02:00:5e:10:00:01)",
             testing::MatchesRegex("3:6 wifi.key .*camera 02:00:5e:10:00:02.")));
 }
+
+TEST(PolicyFile, ARowAndThePolicyMustGoTogether) {
+    const std::string defaults = "table = 'a.csv'\n[defaults]\nwifi.security = 'none'\n";
+    EXPECT_THAT(policyFaults(defaults, {{"a.csv", "mac,wifi.key\n02:00:5e:10:00:01,env:KEY\n"}}),
+                ElementsAre("table 2:2 wifi.key wifi.security is none, which has no key"));
+    EXPECT_THAT(policyFaults(defaults, {{"a.csv", "mac,wifi.key,http-port\n02:00:5e:10:00:01,env:KEY,x\n"}}),
+                ElementsAre("table 2:3 http-port must be a number from 1 to 65535"));
+}
