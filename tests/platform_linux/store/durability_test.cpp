@@ -248,6 +248,16 @@ TEST_F(StoreTest, SaysWhatWentWrong) {
                                                           "/none/camera.ini: No such file or directory\n");
 }
 
+TEST_F(StoreTest, FailsWhenItsPathIsTooLong) {
+    for (const size_t length : {252, 5000}) {  // ".new" behind the first is too much
+        setenv("QVP_STORE", (folder.path() + "/" + std::string(length, 'x')).c_str(), 1);
+        errno = 0;
+        EXPECT_EQ(writeText("INFO", "Product", "new"), -1);
+        EXPECT_EQ(errno, ENAMETOOLONG);
+        EXPECT_EQ(storedText("INFO", "Product"), std::nullopt);
+    }
+}
+
 // A full disk, made by a limit on the size of files.
 TEST_F(StoreTest, StaysOldOnAFullDisk) {
     put(kOld);
