@@ -63,6 +63,7 @@ def test_a_password_comes_by_standard_input(camera, store):
     assert camera.store()["USER_ADMIN"]["Password1"] == b""
     store("set", "USER_ADMIN/Password1", text="x" * 255 + "\n")
     assert camera.store()["USER_ADMIN"]["Password1"] == b"x" * 255
+    assert store("get", "USER_ADMIN/Password1") == b"x" * 255 + b"\n"
 
 
 def test_everything_else_in_the_file_stays(camera, store):
