@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 
 #include "support/child_process.h"
@@ -45,6 +46,7 @@ TEST(RunProgram, GivesOutputAndStatus) {
          "000000000000000000000000000000000000000000000000000000000000000"},
     };
     for (const auto& row : rows) {
+        errno = EINTR;  // of something before
         const Ran ran = runShell(row.script);
         EXPECT_EQ(ran.status, row.status) << row.script;
         EXPECT_EQ(ran.output, row.output) << row.script;
