@@ -100,6 +100,7 @@ static int sendRaw(const RawOptions& options, const CommonOptions& common) {
     client::UdpLink link(client::UdpLink::Hears::Replies);
     const client::Found found = findCamera(link, common, options.camera);
     const std::vector<uint8_t> request = datagramOf(options, common, found.camera.mac);
+    if (request.empty()) throw Error(ErrorKind::BadValue, "there are no bytes to send");
     if (request.size() > kDatagramSize) throw Error(ErrorKind::BadValue, "a datagram has at most 1024 bytes");
     std::vector<uint8_t> shown = request;
     if (options.login) blankLogin(shown);

@@ -16,7 +16,9 @@ using std::string_literals::operator""s;
 
 static std::optional<int> readFrom(const std::string& folder, int slot) {
     int value = -559038737;
-    if (readSharedInteger(folder.c_str(), slot, value) == 0) return value;
+    const int result = readSharedInteger(folder.c_str(), slot, value);
+    if (result == 0) return value;
+    EXPECT_EQ(result, -1);
     EXPECT_EQ(value, -559038737);
     return std::nullopt;
 }

@@ -277,7 +277,7 @@ def test_raw_says_when_nothing_comes_back(camera):
 @pytest.mark.parametrize("arguments, words", [
     ([], "bytes or --opcode are needed"), (["fd", "--login"], "--login needs --opcode"),
     (["--opcode", "0x10000"], "0 to 65535"), (["--opcode", "-1"], "0 to 65535"), (["--opcode", "0x"], "0 to 65535"),
-    (["fdf"], "pairs of hexadecimal digits"), (["00" * 1025], "at most 1024")])
+    (["fdf"], "pairs of hexadecimal digits"), (["00" * 1025], "at most 1024"), ([""], "no bytes")])
 def test_raw_refuses(camera, arguments, words):
     assert_fails(2, "raw", mac(camera), *arguments, words=words)
 

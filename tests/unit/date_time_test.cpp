@@ -210,6 +210,8 @@ TEST_F(DateTime, SurvivesRulesOfAnyLengthAndSize) {
     EXPECT_EQ(apply(""), Events{});
     setRule("+99999999:99999999", "M3.5.0/2:0:0", "M10.5.0/3:0:0");
     EXPECT_THAT(apply(""), testing::SizeIs(2));
+    setRule("+-2147483648:0", "M3.5.0/2:0:0", "M10.5.0/3:0:0");
+    EXPECT_THAT(apply(""), testing::SizeIs(2));
     setRule("-" + std::string(40, '9') + ":1", "M3.5.0/2:0:0", "M10.5.0/3:0:0");
     apply("");
 }
@@ -258,6 +260,7 @@ TEST_F(SetClock, ReadsTheFieldsByPosition) {
         {"2024/06/15 12:34:56", "1718454896"},
         {"2024-06-15T12.34.56", "1718454896"},
         {"2024x06x15x12x34x56 and more", "1718454896"},
+        {"2024/06/15 12:34:567", "1718454896"},
         {"1970/01/01 00:00:01", "1"},
         {"2024/02/30 10:00:00", "1709287200"},  // 1 March
         {"2024/02/29 10:00:00", "1709200800"},

@@ -4,7 +4,10 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <string>
+
+#include "support/child_process.h"
 
 // Standard error is a pipe while a test runs.
 class ComplainTest : public testing::Test {
@@ -60,6 +63,31 @@ TEST_F(ComplainTest, DropsWhatNobodyTakesAndSaysSoOnce) {
     EXPECT_EQ(
         takeAll(),
         "qvp platform: complaints dropped because nobody took them: 2\nqvp platform: three\nqvp platform: four\n");
+}
+
+// One that stands still, with room for a part of a line.
+TEST_F(ComplainTest, DropsWhatATerminalHasNoRoomFor) {
+    const int reader = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    char name[64];
+    ASSERT_EQ(grantpt(reader), 0);
+    ASSERT_EQ(unlockpt(reader), 0);
+    ASSERT_EQ(ptsname_r(reader, name, sizeof name), 0);
+    const int terminal = open(name, O_RDWR | O_NOCTTY | O_CLOEXEC);
+    ASSERT_GE(terminal, 0);
+    writeTo(terminal);
+    const int status = inChild([&] {
+        alarm(60);  // it would wait for good
+        fcntl(terminal, F_SETFL, O_NONBLOCK);
+        while (write(terminal, "x", 1) == 1) continue;
+        char bytes[40];
+        EXPECT_GT(read(reader, bytes, sizeof bytes), 0);
+        fcntl(terminal, F_SETFL, 0);
+        for (int number = 0; number < 100; number++) complain("%0500d", number);
+    });
+    EXPECT_EQ(status, 0);
+    writeTo(pipe());
+    close(terminal);
+    close(reader);
 }
 
 TEST_F(ComplainTest, CountsWhatADiskHasNoRoomFor) {

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -51,6 +52,20 @@ TEST(RunProgram, GivesOutputAndStatus) {
         EXPECT_EQ(ran.status, row.status) << row.script;
         EXPECT_EQ(ran.output, row.output) << row.script;
     }
+}
+
+TEST(RunProgram, LeavesNothingOpenWhereThereIsNoSecondPipe) {
+    const int status = inChild([] {
+        const int next = open("/dev/null", O_RDONLY | O_CLOEXEC);
+        close(next);
+        const rlimit limit = {static_cast<rlim_t>(next) + 2, static_cast<rlim_t>(next) + 2};
+        setrlimit(RLIMIT_NOFILE, &limit);
+        if (runShell("printf abc").status != kStatusUnknown) _exit(1);
+        for (int number = next; number < next + 2; number++) {
+            if (open("/dev/null", O_RDONLY | O_CLOEXEC) != number) _exit(2);
+        }
+    });
+    EXPECT_EQ(status, 0);
 }
 
 // The program has ended before its output is looked at.

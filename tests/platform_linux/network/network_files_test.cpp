@@ -67,6 +67,9 @@ TEST(Gateway, MayHaveAMetricBeyondTheSignedNumbers) {
     const std::string worst = route("eth0", kAny, {192, 168, 1, 9}, "0003", -1, kAny);
     const std::string better = route("eth0", kAny, {192, 168, 1, 8}, "0003", -2, kAny);
     const std::string best = route("eth0", kAny, {192, 168, 1, 7}, "0003", 2147483647, kAny);
+    const std::string large = route("eth1", kAny, {10, 0, 0, 1}, "0003", 2000000000, kAny);
+    const std::string half = route("eth1", kAny, {10, 0, 0, 2}, "0003", 1000000000, kAny);
+    EXPECT_EQ(gatewayFrom(kRouteHeading + large + half, "eth1"), (Bytes4{10, 0, 0, 2}));
     EXPECT_EQ(gatewayFrom(kRouteHeading + worst, "eth0"), (Bytes4{192, 168, 1, 9}));
     EXPECT_EQ(gatewayFrom(kRouteHeading + worst + better, "eth0"), (Bytes4{192, 168, 1, 8}));
     EXPECT_EQ(gatewayFrom(kRouteHeading + worst + best + better, "eth0"), (Bytes4{192, 168, 1, 7}));

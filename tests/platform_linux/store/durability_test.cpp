@@ -103,12 +103,13 @@ TEST_F(StoreTest, IsSyncedBeforeAndAfterTheRename) {
     EXPECT_EQ(order, (std::vector<std::string>{"write", "fsync", "renameat", "fsync"}));
 }
 
-// The calls that a write makes, those of a name counted from 1.
-static int numberOfCall(const char* wanted, int occurrence) {
+// The calls that a write makes, those of a name counted from 1; some have the 64 of large files in it.
+static int numberOfCall(const std::string& wanted, int occurrence) {
     int calls = 0, seen = 0, found = 0;
     CaughtFileCalls caught({.before = [&](const std::string& name) {
         ++calls;
-        if (name == wanted && ++seen == occurrence) found = calls;
+        const bool isWanted = name == wanted || name == wanted + "64";
+        if (isWanted && ++seen == occurrence) found = calls;
     }});
     EXPECT_EQ(writeText("INFO", "Product", "new"), 0);
     EXPECT_NE(found, 0) << wanted;
@@ -131,12 +132,27 @@ TEST_F(StoreTest, IsNotCalledPermanentBeforeItsFolderIs) {
 // The same value again: the bytes are there, but a sync of the file or of the folder fails.
 TEST_F(StoreTest, IsNotCalledPermanentWhenItHasTheBytesOnly) {
     put(kNew);
-    for (const int occurrence : {1, 2}) {
-        const int sync = numberOfCall("fsync", occurrence);
-        CaughtFileCalls caught({.failAt = sync, .error = EIO});
-        EXPECT_EQ(writeText("INFO", "Product", "new"), -1) << occurrence;
+    const std::pair<const char*, int> calls[] = {
+        {"fsync", 1},
+        {"fsync", 2},
+        {"openat", 2},
+    };
+    for (const auto& [name, occurrence] : calls) {
+        const int failing = numberOfCall(name, occurrence);
+        CaughtFileCalls caught({.failAt = failing, .error = EIO});
+        EXPECT_EQ(writeText("INFO", "Product", "new"), -1) << name << occurrence;
         EXPECT_EQ(bytes(), kNew);
     }
+}
+
+TEST_F(StoreTest, IsNotMadeOfWhatAPowerCutLeft) {
+    put(kOld);
+    const int removal = numberOfCall("unlinkat", 1);
+    put(kOld);
+    writeFile(folder / "camera.ini.new", "garbage");
+    CaughtFileCalls caught({.failAt = removal, .error = EIO});
+    EXPECT_EQ(writeText("INFO", "Product", "new"), -1);
+    EXPECT_EQ(bytes(), kOld);
 }
 
 TEST_F(StoreTest, IsNotWrittenWhenNothingChanges) {

@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <cstdlib>
 #include <fstream>
 
@@ -59,8 +60,8 @@ TEST_F(SiteList, IsAFileHandedThroughAsItStands) {
 }
 
 // Bytes of address space that this process has.
-static long spaceTaken() {
-    long pages = 0;
+static int64_t spaceTaken() {
+    int64_t pages = 0;
     std::ifstream("/proc/self/statm") >> pages;
     return pages * sysconf(_SC_PAGESIZE);
 }
@@ -70,7 +71,7 @@ TEST_F(SiteList, GivesBackTheMemoryThatItTakes) {
     writeFile(folder / "list", "heading\n");
     setenv("QVP_SITE_LIST", (folder / "list").c_str(), 1);
     std::string list(1000, 'Z');
-    const long before = spaceTaken();
+    const int64_t before = spaceTaken();
     ASSERT_GT(before, 0);
     for (int round = 0; round < 64; round++) {
         ASSERT_EQ(scan(list.data(), 1000), 0);

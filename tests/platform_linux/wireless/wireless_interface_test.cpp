@@ -25,5 +25,8 @@ TEST(WirelessInterface, IsTheFirstThatHasAWirelessFolder) {
     fs::create_directory(fs::path(classes) / "wlan1/phy80211");
     EXPECT_TRUE(firstWirelessInterface(devices.c_str(), classes.c_str(), name));
     EXPECT_STREQ(name, "wlan1");
+    fs::create_directories(fs::path(classes) / "face/wireless");  // a word of the heading
+    EXPECT_TRUE(firstWirelessInterface(devices.c_str(), classes.c_str(), name));
+    EXPECT_STREQ(name, "wlan1");
     EXPECT_FALSE(firstWirelessInterface("/nowhere", classes.c_str(), name));
 }
