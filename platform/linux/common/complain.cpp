@@ -1,5 +1,6 @@
 #include "common/complain.h"
 
+#include <errno.h>
 #include <fcntl.h>
 #include <poll.h>
 #include <stdarg.h>
@@ -29,6 +30,7 @@ static bool tell(int output, unsigned& dropped, const char* text) {
 
 void complain(const char* format, ...) {
     static unsigned dropped;
+    const int reason = errno;  // the caller's
     char text[512];
     va_list arguments;
     va_start(arguments, format);
@@ -37,4 +39,5 @@ void complain(const char* format, ...) {
     const int output = openOutput();
     if (!tell(output, dropped, text)) dropped++;
     if (output != STDERR_FILENO) close(output);
+    errno = reason;
 }
