@@ -67,21 +67,26 @@ def living(camera):
 
 
 @contextmanager
-def reporting(camera):
-    """The camera reports every second meanwhile; by itself it does so every thirty."""
+def every_second(act):
+    """Does that meanwhile."""
     ended = threading.Event()
 
-    def ask():
+    def repeat():
         while not ended.wait(1):
-            camera.signal(signal.SIGALRM)
+            act()
 
-    thread = threading.Thread(target=ask)
+    thread = threading.Thread(target=repeat)
     thread.start()
     try:
         yield
     finally:
         ended.set()
         thread.join()
+
+
+def reporting(camera):
+    """The camera reports every second meanwhile; by itself it does so every thirty."""
+    return every_second(lambda: camera.signal(signal.SIGALRM))
 
 
 def mac(camera):

@@ -9,13 +9,11 @@ import json
 import os
 import signal
 import socket
-import threading
 import time
-from contextlib import contextmanager
 from pathlib import Path
 
 import pytest
-from cameras import MARK, TREE, get, living, mac, qvpctl
+from cameras import MARK, TREE, every_second, get, living, mac, qvpctl
 from fleet_files import MORE
 from web_page import Page, opened_words, opener
 
@@ -78,22 +76,9 @@ def shout():
     sender.close()
 
 
-@contextmanager
 def heard_in_the_end(shout, datagram):
     """A tool that stood still for a moment has lost what came last."""
-    over = threading.Event()
-
-    def repeat():
-        while not over.wait(1):
-            shout(datagram)
-
-    thread = threading.Thread(target=repeat)
-    thread.start()
-    try:
-        yield
-    finally:
-        over.set()
-        thread.join()
+    return every_second(lambda: shout(datagram))
 
 
 HOSTILE = "<script>alert(1)</script>\"'&"
